@@ -1,0 +1,39 @@
+#include "app/launch_options.h"
+
+namespace {
+
+bool isOne(const QProcessEnvironment& env, const QString& name)
+{
+    return env.contains(name) && env.value(name) == QStringLiteral("1");
+}
+
+} // namespace
+
+bool LaunchOptions::hasDisplay(const QProcessEnvironment& env)
+{
+    return !env.value(QStringLiteral("DISPLAY")).isEmpty() || !env.value(QStringLiteral("WAYLAND_DISPLAY")).isEmpty();
+}
+
+LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessEnvironment& env)
+{
+    LaunchOptions options;
+    options.mcpDebug = arguments.contains(QStringLiteral("--mcp-debug")) || isOne(env, QStringLiteral("QUILLO_MCP_DEBUG"));
+    options.uiTestMode = env.contains(QStringLiteral("QUILLO_UI_TEST_MODE"));
+    options.uiTestResetState = env.contains(QStringLiteral("QUILLO_UI_TEST_RESET_STATE"));
+
+    if (arguments.contains(QStringLiteral("--mcp-stdio")) || isOne(env, QStringLiteral("QUILLO_MCP_STDIO"))) {
+        options.mode = RunMode::McpStdio;
+        return options;
+    }
+    for (const QString& argument : arguments) {
+        if (argument.startsWith(QStringLiteral("quillo:"), Qt::CaseInsensitive))
+            options.urls.append(argument);
+    }
+    if (!options.urls.isEmpty()) {
+        options.mode = RunMode::Forwarder;
+        return options;
+    }
+    const bool headless = arguments.contains(QStringLiteral("--headless")) || !hasDisplay(env);
+    options.mode = headless ? RunMode::Headless : RunMode::Desktop;
+    return options;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QProcessEnvironment>
+#include <QStringList>
+
+enum class RunMode {
+    McpStdio,   // MCP server on stdin/stdout, no GUI library touched
+    Forwarder,  // quillo://… arguments handed to the running instance
+    Headless,   // the instance without windows
+    Desktop,    // the instance with tray icon and windows
+};
+
+// How this process was asked to run. Decided once, before any Qt application object
+// exists, from the exact switch forms: an argument must be an element of the list, the
+// MCP variables must be the text "1", the UI test variables need only be present.
+struct LaunchOptions {
+    RunMode mode = RunMode::Desktop;
+    bool mcpDebug = false;
+    bool uiTestMode = false;
+    bool uiTestResetState = false;
+    QStringList urls;
+
+    static LaunchOptions parse(const QStringList& arguments, const QProcessEnvironment& env);
+    static bool hasDisplay(const QProcessEnvironment& env);
+};

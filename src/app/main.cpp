@@ -1,0 +1,23 @@
+#include "app/launch_options.h"
+#include "app/run_modes.h"
+
+#include <QStringList>
+
+int main(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+
+    const LaunchOptions options = LaunchOptions::parse(arguments, QProcessEnvironment::systemEnvironment());
+    switch (options.mode) {
+    case RunMode::McpStdio:
+        return RunModes::runMcpStdio(options);
+    case RunMode::Forwarder:
+        return RunModes::runForwarder(argc, argv, options);
+    case RunMode::Headless:
+    case RunMode::Desktop:
+        return RunModes::runInstance(argc, argv, options);
+    }
+    return 1;
+}

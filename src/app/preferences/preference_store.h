@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+
+class AppPaths;
+class QSettings;
+
+// The user's preference store: small typed values in an INI file (QSettings), and
+// data-typed values (large JSON documents) each in a file of its own beside it, so that
+// a reader never re-parses the whole schedule to look up one switch and a document is
+// replaced atomically. Both files are user-only: they hold credentials.
+//
+// The application-group suite of other platforms falls back to this same store.
+class PreferenceStore {
+public:
+    explicit PreferenceStore(const AppPaths& paths);
+    ~PreferenceStore();
+    PreferenceStore(const PreferenceStore&) = delete;
+    PreferenceStore& operator=(const PreferenceStore&) = delete;
+
+    // No value when nothing is stored under the key: callers decide the default.
+    std::optional<QVariant> value(QAnyStringView key) const;
+    std::optional<bool> boolValue(QAnyStringView key) const;
+    std::optional<QString> stringValue(QAnyStringView key) const;
+    std::optional<double> doubleValue(QAnyStringView key) const;
+    std::optional<qint64> intValue(QAnyStringView key) const;
+    std::optional<QStringList> stringListValue(QAnyStringView key) const;
+    bool contains(QAnyStringView key) const;
+
+    // The stored value, or the default of the key table when none is stored.
+    QVariant valueOrDefault(QAnyStringView key) const;
+
+    void setValue(QAnyStringView key, const QVariant& value);
+    void remove(QAnyStringView key);
+
+    // Data-typed values. setData replaces the document atomically; on failure the
+    // previous document stays whole and false is returned.
+    std::optional<QByteArray> data(const QString& key) const;
+    bool setData(const QString& key, const QByteArray& bytes);
+    bool removeData(const QString& key);
+    QString dataPath(const QString& key) const;
+
+    // Writes pending changes and picks up what another process stored meanwhile.
+    void sync();
+    // Removes every stored value and document.
+    void clear();
+
+    QString fileName() const;
+
+private:
+    QString m_configDir;
+    std::unique_ptr<QSettings> m_settings;
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <stdexcept>
+#include <string>
+
+using Json = nlohmann::ordered_json;
+
+// A JSON value of any kind, as it crosses the MCP wire. Decoding tries null,
+// boolean, integer, double, text, array, object in turn; a whole-numbered double
+// (7.0) is therefore read as the integer 7.
+class AnyCodable {
+public:
+    struct DecodingError : std::runtime_error {
+        using std::runtime_error::runtime_error;
+    };
+
+    AnyCodable() = default;
+    static AnyCodable decode(const Json& value);
+
+    const Json& json() const { return m_value; }
+    Json& json() { return m_value; }
+
+private:
+    explicit AnyCodable(Json value)
+        : m_value(std::move(value))
+    {
+    }
+    static Json normalise(const Json& value);
+
+    Json m_value;
+};

@@ -1,0 +1,107 @@
+#include "mcp/jsonrpc_envelope.h"
+
+namespace {
+
+using DecodingError = JSONRPCEnvelope::DecodingError;
+
+const char* typeName(const Json& value)
+{
+    return value.type_name();
+}
+
+// A present key whose value is null counts as absent, as for any optional field.
+const Json* optionalMember(const Json& object, const char* key)
+{
+    const auto found = object.find(key);
+    if (found == object.end() || found->is_null())
+        return nullptr;
+    return &*found;
+}
+
+std::string expected(const char* key, const char* what, const Json& found)
+{
+    return std::string("The value of \"") + key + "\" must be " + what + ", found " + typeName(found) + ".";
+}
+
+JSONRPCErrorObject decodeError(const Json& value)
+{
+    if (!value.is_object())
+        throw DecodingError(expected("error", "an object", value));
+    JSONRPCErrorObject error;
+    const Json* code = optionalMember(value, "code");
+    const auto id = code ? JSONRPCIdentifier::decode(*code) : std::nullopt;
+    if (!id || !id->isInt())
+        throw DecodingError("The value of \"error.code\" must be an integer.");
+    error.code = id->encode().get<int64_t>();
+    const Json* message = optionalMember(value, "message");
+    if (!message || !message->is_string())
+        throw DecodingError("The value of \"error.message\" must be text.");
+    error.message = message->get<std::string>();
+    if (const Json* data = optionalMember(value, "data"))
+        error.data = AnyCodable::decode(*data);
+    return error;
+}
+
+} // namespace
+
+JSONRPCEnvelope JSONRPCEnvelope::decode(std::string_view bytes)
+{
+    Json root;
+    try {
+        root = Json::parse(bytes);
+    } catch (const Json::parse_error& error) {
+        throw DecodingError(std::string("The data is not valid JSON (") + error.what() + ").");
+    }
+    if (!root.is_object())
+        throw DecodingError(std::string("Expected a JSON object, found ") + typeName(root) + ".");
+
+    JSONRPCEnvelope envelope;
+    const Json* version = optionalMember(root, "jsonrpc");
+    if (!version)
+        throw DecodingError("The key \"jsonrpc\" is missing.");
+    if (!version->is_string())
+        throw DecodingError(expected("jsonrpc", "text", *version));
+    envelope.jsonrpc = version->get<std::string>();
+
+    if (const Json* id = optionalMember(root, "id")) {
+        envelope.id = JSONRPCIdentifier::decode(*id);
+        if (!envelope.id)
+            throw DecodingError(expected("id", "an integer or text", *id));
+    }
+    if (const Json* method = optionalMember(root, "method")) {
+        if (!method->is_string())
+            throw DecodingError(expected("method", "text", *method));
+        envelope.method = method->get<std::string>();
+    }
+    if (const Json* params = optionalMember(root, "params")) {
+        if (!params->is_object())
+            throw DecodingError(expected("params", "an object", *params));
+        envelope.params = AnyCodable::decode(*params).json();
+    }
+    if (const Json* result = optionalMember(root, "result"))
+        envelope.result = AnyCodable::decode(*result);
+    if (const Json* error = optionalMember(root, "error"))
+        envelope.error = decodeError(*error);
+    return envelope;
+}
+
+Json JSONRPCEnvelope::encode() const
+{
+    Json json = Json::object();
+    json["jsonrpc"] = jsonrpc;
+    if (id)
+        json["id"] = id->encode();
+    if (method)
+        json["method"] = *method;
+    if (params)
+        json["params"] = *params;
+    if (result)
+        json["result"] = result->json();
+    if (error) {
+        Json object = {{"code", error->code}, {"message", error->message}};
+        if (error->data)
+            object["data"] = error->data->json();
+        json["error"] = std::move(object);
+    }
+    return json;
+}
