@@ -46,7 +46,7 @@ void QuilloInstance::checkOnboarding()
 {
     // Without windows there is nobody to onboard; UI tests drive the app themselves.
     const bool suppress = m_options.mode == RunMode::Headless || m_options.uiTestMode;
-    qCInfo(lcApp).noquote() << "🎯 Onboarding check: suppressOnboardingPrompts=" << (suppress ? "true" : "false");
+    qCInfo(lcApp, "🎯 Onboarding check: suppressOnboardingPrompts=%s", suppress ? "true" : "false");
     if (suppress) {
         qCInfo(lcApp).noquote() << "   ❌ Onboarding suppressed";
         return;

@@ -46,6 +46,10 @@ JSONRPCErrorObject decodeError(const Json& value)
 
 JSONRPCEnvelope JSONRPCEnvelope::decode(std::string_view bytes)
 {
+    // The JSON reader stops at a NUL byte as if the input ended there; raw NUL is never
+    // valid JSON, so refuse it rather than act on the part before it.
+    if (bytes.find('\0') != std::string_view::npos)
+        throw DecodingError("The data is not valid JSON (it contains a NUL byte).");
     Json root;
     try {
         root = Json::parse(bytes);

@@ -1,0 +1,84 @@
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "support/quillo_process.h"
+#include "support/temp_home.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+// Waits until the instance wrote the given text to stderr.
+bool waitForStderr(QuilloProcess& quillo, QByteArray& seen, const QByteArray& text)
+{
+    const QDeadlineTimer deadline(10000);
+    while (!seen.contains(text) && !deadline.hasExpired()) {
+        quillo.process().waitForReadyRead(100);
+        seen += quillo.allStderr();
+    }
+    return seen.contains(text);
+}
+
+TEST(InstanceProcess, LaunchesHeadlessAndStopsCleanlyOnSigterm)
+{
+    TempHome home;
+    {
+        PreferenceStore seed(home.paths());
+        seed.setValue(PreferenceKeys::ShowCalendarBadge, false);
+    }
+    QuilloProcess quillo(home.path());
+    quillo.process().setReadChannel(QProcess::StandardError);
+    quillo.start({QStringLiteral("--headless")});
+
+    QByteArray log;
+    ASSERT_TRUE(waitForStderr(quillo, log, "Onboarding suppressed")) << log.constData();
+    EXPECT_TRUE(log.contains("Application did finish launching"));
+    EXPECT_TRUE(log.contains("🎯 Onboarding check: suppressOnboardingPrompts=true"));
+    EXPECT_FALSE(log.contains("UI test mode"));
+
+    ::kill(pid_t(quillo.process().processId()), SIGTERM);
+    EXPECT_EQ(quillo.waitForExit(), 0);
+    EXPECT_EQ(quillo.process().exitStatus(), QProcess::NormalExit);
+
+    // The stored choice is kept, and the log file holds the same lines.
+    PreferenceStore after(home.paths());
+    EXPECT_EQ(after.boolValue(PreferenceKeys::ShowCalendarBadge), false);
+    QFile logFile(home.paths().logFile());
+    ASSERT_TRUE(logFile.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(logFile.readAll().contains("Application did finish launching"));
+}
+
+TEST(InstanceProcess, UiTestModeWithResetStartsFromACleanState)
+{
+    TempHome home;
+    {
+        PreferenceStore seed(home.paths());
+        seed.setValue(PreferenceKeys::SoundEnabled, false);
+        seed.setValue(PreferenceKeys::SocialPlatforms, QStringList{QStringLiteral("x")});
+        seed.setData(PreferenceKeys::SocialAccounts, QByteArrayLiteral("[]"));
+    }
+    QuilloProcess quillo(home.path());
+    quillo.environment().insert(QStringLiteral("QUILLO_UI_TEST_MODE"), QString());
+    quillo.environment().insert(QStringLiteral("QUILLO_UI_TEST_RESET_STATE"), QString());
+    quillo.process().setReadChannel(QProcess::StandardError);
+    quillo.start({QStringLiteral("--headless")});
+
+    QByteArray log;
+    ASSERT_TRUE(waitForStderr(quillo, log, "Onboarding suppressed")) << log.constData();
+    EXPECT_TRUE(log.contains("🧪 UI test mode enabled"));
+    ::kill(pid_t(quillo.process().processId()), SIGINT);
+    EXPECT_EQ(quillo.waitForExit(), 0);
+
+    PreferenceStore after(home.paths());
+    EXPECT_FALSE(after.contains(PreferenceKeys::SoundEnabled));
+    EXPECT_FALSE(after.contains(PreferenceKeys::SocialPlatforms));
+    EXPECT_FALSE(after.data(PreferenceKeys::SocialAccounts).has_value());
+    EXPECT_EQ(after.boolValue(PreferenceKeys::ShowCalendarBadge), true);
+}
+
+} // namespace

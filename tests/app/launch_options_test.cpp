@@ -1,0 +1,72 @@
+#include "app/launch_options.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QProcessEnvironment env(std::initializer_list<std::pair<const char*, const char*>> values, bool display = true)
+{
+    QProcessEnvironment environment;
+    if (display)
+        environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":0"));
+    for (const auto& [name, value] : values)
+        environment.insert(QString::fromLatin1(name), QString::fromLatin1(value));
+    return environment;
+}
+
+QStringList args(std::initializer_list<const char*> list)
+{
+    QStringList result;
+    for (const char* item : list)
+        result.append(QString::fromLatin1(item));
+    return result;
+}
+
+struct ModeCase {
+    const char* name;
+    QStringList arguments;
+    QProcessEnvironment environment;
+    RunMode mode;
+    bool debug;
+};
+
+TEST(LaunchOptions, SwitchesCountOnlyInTheirExactForm)
+{
+    const std::vector<ModeCase> cases = {
+        {"argument", args({"--mcp-stdio"}), env({}), RunMode::McpStdio, false},
+        {"variable one", {}, env({{"QUILLO_MCP_STDIO", "1"}}), RunMode::McpStdio, false},
+        {"variable true is off", {}, env({{"QUILLO_MCP_STDIO", "true"}}), RunMode::Desktop, false},
+        {"variable with space is off", {}, env({{"QUILLO_MCP_STDIO", "1 "}}), RunMode::Desktop, false},
+        {"argument must be whole", args({"--mcp-stdio=1"}), env({}), RunMode::Desktop, false},
+        {"debug by argument", args({"--mcp-stdio", "--mcp-debug"}), env({}), RunMode::McpStdio, true},
+        {"debug by variable", args({"--mcp-stdio"}), env({{"QUILLO_MCP_DEBUG", "1"}}), RunMode::McpStdio, true},
+        {"debug variable other value", args({"--mcp-stdio"}), env({{"QUILLO_MCP_DEBUG", "yes"}}), RunMode::McpStdio, false},
+        {"debug alone stays desktop", args({"--mcp-debug"}), env({}), RunMode::Desktop, true},
+        {"mcp wins over urls", args({"--mcp-stdio", "quillo://open"}), env({}), RunMode::McpStdio, false},
+        {"urls forward", args({"quillo://open"}), env({}), RunMode::Forwarder, false},
+        {"headless flag", args({"--headless"}), env({}), RunMode::Headless, false},
+        {"no display", {}, env({}, false), RunMode::Headless, false},
+        {"wayland display", {}, env({{"WAYLAND_DISPLAY", "wayland-0"}}, false), RunMode::Desktop, false},
+    };
+    for (const ModeCase& c : cases) {
+        const LaunchOptions options = LaunchOptions::parse(c.arguments, c.environment);
+        EXPECT_EQ(options.mode, c.mode) << c.name;
+        EXPECT_EQ(options.mcpDebug, c.debug) << c.name;
+    }
+}
+
+TEST(LaunchOptions, UiTestVariablesOnlyNeedToBePresent)
+{
+    const LaunchOptions options = LaunchOptions::parse({}, env({{"QUILLO_UI_TEST_MODE", ""}, {"QUILLO_UI_TEST_RESET_STATE", "0"}}));
+    EXPECT_TRUE(options.uiTestMode);
+    EXPECT_TRUE(options.uiTestResetState);
+    EXPECT_FALSE(LaunchOptions::parse({}, env({})).uiTestMode);
+}
+
+TEST(LaunchOptions, ForwarderKeepsEveryUrlInOrder)
+{
+    const LaunchOptions options = LaunchOptions::parse(args({"quillo://a", "--x", "QUILLO://b"}), env({}));
+    EXPECT_EQ(options.urls, args({"quillo://a", "QUILLO://b"}));
+}
+
+} // namespace

@@ -1,0 +1,98 @@
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "mcp/any_codable.h"
+#include "support/quillo_process.h"
+#include "support/temp_home.h"
+
+#include <gtest/gtest.h>
+
+// The built binary in MCP mode, spoken to over its pipes.
+namespace {
+
+Json nextReply(QuilloProcess& quillo)
+{
+    const auto line = quillo.readLine();
+    if (!line)
+        return nullptr;
+    return Json::parse(line->toStdString());
+}
+
+TEST(MCPProcess, EndOfInputWithoutMessagesExitsZeroWithItsTwoLogLines)
+{
+    TempHome home;
+    QuilloProcess quillo(home.path());
+    quillo.start({QStringLiteral("--mcp-stdio"), QStringLiteral("--mcp-debug")});
+    quillo.closeInput();
+    EXPECT_EQ(quillo.waitForExit(), 0);
+    EXPECT_TRUE(quillo.allStdout().isEmpty());
+    const QByteArray log = quillo.allStderr();
+    EXPECT_TRUE(log.contains("[MCP] starting stdio server\n")) << log.constData();
+    EXPECT_TRUE(log.contains("[MCP] stdin closed; exiting\n")) << log.constData();
+    for (const QByteArray& line : log.split('\n'))
+        EXPECT_TRUE(line.isEmpty() || line.startsWith("[MCP] ")) << line.constData();
+}
+
+TEST(MCPProcess, SurvivesHostileInputAndAnswersInOrder)
+{
+    TempHome home;
+    QuilloProcess quillo(home.path());
+    quillo.environment().insert(QStringLiteral("QUILLO_MCP_STDIO"), QStringLiteral("1"));
+    quillo.start({});
+
+    QByteArray input;
+    input += "\n";                                            // empty line
+    input += "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"ping\"}\r\n"; // CRLF
+    input += "\xc3\x28\xff\n";                                // invalid UTF-8
+    input += "[1,2,3]\n";
+    input += "{\"jsonrpc\":\"2.0\",\"method\":\"ping\"}\n";   // notification: silence
+    input += "{\"jsonrpc\":\"2.0\",\"id\":\"big\",\"method\":\"ping\",\"params\":{\"pad\":\"" + QByteArray(10 * 1024 * 1024, 'a') + "\"}}\n";
+    input += "{\"jsonrpc\":\"2.0\",\"id\":2,\"method\":\"shutdown\"}\n";
+    input += "{\"jsonrpc\":\"2.0\",\"id\":3,\"method\":\"ping\"}\n"; // after shutdown: never read
+    quillo.write(input);
+
+    EXPECT_EQ(nextReply(quillo)["error"]["code"], -32700);
+    EXPECT_EQ(nextReply(quillo)["id"], 1);
+    EXPECT_EQ(nextReply(quillo)["id"], "-1");
+    EXPECT_EQ(nextReply(quillo)["id"], "-1");
+    EXPECT_EQ(nextReply(quillo)["id"], "big");
+    const Json bye = nextReply(quillo);
+    EXPECT_EQ(bye["id"], 2);
+    EXPECT_EQ(bye["result"]["ok"], true);
+    EXPECT_EQ(quillo.waitForExit(), 0);
+    EXPECT_TRUE(quillo.allStdout().isEmpty()) << "nothing after the shutdown answer";
+    EXPECT_TRUE(quillo.allStderr().isEmpty()) << "stderr stays quiet without debugging";
+}
+
+TEST(MCPProcess, SettingsFlippedWhileRunningTakeEffectAtTheNextCall)
+{
+    TempHome home;
+    QuilloProcess quillo(home.path());
+    quillo.start({QStringLiteral("--mcp-stdio")});
+    const QByteArray read = R"({"jsonrpc":"2.0","id":1,"method":"resources/read","params":{"uri":"quillo:///scheduled"}})";
+
+    quillo.writeLine(read);
+    EXPECT_EQ(nextReply(quillo)["error"]["code"], 1000);
+
+    PreferenceStore settings(home.paths());
+    settings.setValue(PreferenceKeys::MCPEnabled, true);
+    quillo.writeLine(read);
+    EXPECT_TRUE(nextReply(quillo).contains("result"));
+
+    quillo.closeInput();
+    EXPECT_EQ(quillo.waitForExit(), 0);
+}
+
+TEST(MCPProcess, OtherValuesOfTheSwitchStartTheInstanceInstead)
+{
+    TempHome home;
+    QuilloProcess quillo(home.path());
+    quillo.environment().insert(QStringLiteral("QUILLO_MCP_STDIO"), QStringLiteral("true"));
+    quillo.start({QStringLiteral("--headless")});
+    quillo.writeLine(R"({"jsonrpc":"2.0","id":1,"method":"ping"})");
+    EXPECT_EQ(quillo.readLine(1500), std::nullopt);
+    quillo.process().terminate();
+    EXPECT_EQ(quillo.waitForExit(), 0);
+    EXPECT_TRUE(quillo.allStderr().contains("Application did finish launching"));
+}
+
+} // namespace
