@@ -1,0 +1,162 @@
+// MCP server figures: cold start (process start to the initialize answer) and
+// throughput (pings through one process), plus the in-process cost of one ping.
+#include "app/app_paths.h"
+#include "app/preferences/preference_store.h"
+#include "mcp/mcp_server.h"
+#include "mcp/mcp_tool_catalogue.h"
+
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Child {
+    pid_t pid = -1;
+    int toChild = -1;
+    int fromChild = -1;
+};
+
+Child spawnServer()
+{
+    int in[2];
+    int out[2];
+    if (::pipe(in) != 0 || ::pipe(out) != 0)
+        std::abort();
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addclose(&actions, in[1]);
+    posix_spawn_file_actions_addclose(&actions, out[0]);
+    char arg0[] = "quillo";
+    char arg1[] = "--mcp-stdio";
+    char* argv[] = {arg0, arg1, nullptr};
+    Child child;
+    if (posix_spawn(&child.pid, QUILLO_BINARY, &actions, nullptr, argv, environ) != 0)
+        std::abort();
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(in[0]);
+    ::close(out[1]);
+    child.toChild = in[1];
+    child.fromChild = out[0];
+    return child;
+}
+
+void writeAll(int fd, const std::string& bytes)
+{
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n <= 0)
+            std::abort();
+        done += size_t(n);
+    }
+}
+
+// Reads until `lines` line feeds have arrived.
+void readLines(int fd, size_t lines)
+{
+    char buffer[65536];
+    size_t seen = 0;
+    while (seen < lines) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n <= 0)
+            std::abort();
+        seen += size_t(std::count(buffer, buffer + n, '\n'));
+    }
+}
+
+void finish(Child& child)
+{
+    ::close(child.toChild);
+    int status = 0;
+    ::waitpid(child.pid, &status, 0);
+    ::close(child.fromChild);
+}
+
+double coldStartMedianMs(int runs)
+{
+    const std::string initialize = R"({"jsonrpc":"2.0","id":0,"method":"initialize","params":{"protocolVersion":"2024-11-05"}})"
+                                   "\n";
+    std::vector<double> samples;
+    for (int i = 0; i < runs; ++i) {
+        const auto start = Clock::now();
+        Child child = spawnServer();
+        writeAll(child.toChild, initialize);
+        readLines(child.fromChild, 1);
+        samples.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        finish(child);
+    }
+    std::sort(samples.begin(), samples.end());
+    return samples[samples.size() / 2];
+}
+
+double pingsPerSecond(size_t count)
+{
+    Child child = spawnServer();
+    const auto start = Clock::now();
+    std::thread writer([&] {
+        std::string batch;
+        for (size_t i = 0; i < count; ++i) {
+            batch += R"({"jsonrpc":"2.0","id":)" + std::to_string(i) + R"(,"method":"ping"})" "\n";
+            if (batch.size() > 60000) {
+                writeAll(child.toChild, batch);
+                batch.clear();
+            }
+        }
+        writeAll(child.toChild, batch);
+    });
+    readLines(child.fromChild, count);
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    writer.join();
+    finish(child);
+    return double(count) / seconds;
+}
+
+void BM_HandlePing(benchmark::State& state)
+{
+    QTemporaryDir home;
+    PreferenceStore preferences(AppPaths::underHome(home.path()));
+    MCPToolCatalogue tools;
+    MCPServer server(preferences, tools);
+    const std::string ping = R"({"jsonrpc":"2.0","id":42,"method":"ping"})";
+    for (auto _ : state)
+        benchmark::DoNotOptimize(server.handle(ping));
+}
+BENCHMARK(BM_HandlePing);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QTemporaryDir home;
+    ::setenv("QUILLO_HOME", home.path().toLocal8Bit().constData(), 1);
+
+    constexpr int kRuns = 101;
+    std::printf("MCP cold start (spawn to initialize answer): median %.2f ms over %d runs (target < 20 ms)\n",
+                coldStartMedianMs(kRuns), kRuns);
+    constexpr size_t kPings = 100000;
+    std::printf("MCP throughput: %.0f ping messages/s over %zu requests in one process (target > 100000/s)\n",
+                pingsPerSecond(kPings), kPings);
+
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
