@@ -1,7 +1,8 @@
 # Build options every Quillo target shares: warnings, strict Qt string handling, sanitizers.
 add_library(quillo_build_options INTERFACE)
 target_compile_options(quillo_build_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Wcast-align -Woverloaded-virtual)
+  -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wcast-align -Woverloaded-virtual
+  $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
 if(QUILLO_WERROR)
   target_compile_options(quillo_build_options INTERFACE -Werror)
 endif()
