@@ -7,6 +7,30 @@ bool isOne(const QProcessEnvironment& env, const QString& name)
     return env.contains(name) && env.value(name) == QStringLiteral("1");
 }
 
+QString valueAfter(const QStringList& arguments, const QString& flag)
+{
+    const qsizetype at = arguments.indexOf(flag);
+    return (at >= 0 && at + 1 < arguments.size()) ? arguments.at(at + 1) : QString();
+}
+
+bool parseEditorCommand(const QStringList& arguments, LaunchOptions& options)
+{
+    const QString print = QStringLiteral("--print-mcp-config");
+    const QString install = QStringLiteral("--install-mcp");
+    if (arguments.contains(print)) {
+        options.mode = RunMode::PrintMcpConfig;
+        options.editor = valueAfter(arguments, print);
+        return true;
+    }
+    if (arguments.contains(install)) {
+        options.mode = RunMode::InstallMcp;
+        options.editor = valueAfter(arguments, install);
+        options.configPath = valueAfter(arguments, QStringLiteral("--config"));
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 bool LaunchOptions::hasDisplay(const QProcessEnvironment& env)
@@ -25,6 +49,8 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
         options.mode = RunMode::McpStdio;
         return options;
     }
+    if (parseEditorCommand(arguments, options))
+        return options;
     for (const QString& argument : arguments) {
         if (argument.startsWith(QStringLiteral("quillo:"), Qt::CaseInsensitive))
             options.urls.append(argument);

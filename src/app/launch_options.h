@@ -8,6 +8,8 @@ enum class RunMode {
     Forwarder,  // quillo://… arguments handed to the running instance
     Headless,   // the instance without windows
     Desktop,    // the instance with tray icon and windows
+    PrintMcpConfig, // --print-mcp-config EDITOR: print the editor's MCP snippet
+    InstallMcp,     // --install-mcp EDITOR [--config PATH]: write it into the editor's file
 };
 
 // How this process was asked to run. Decided once, before any Qt application object
@@ -19,6 +21,8 @@ struct LaunchOptions {
     bool uiTestMode = false;
     bool uiTestResetState = false;
     QStringList urls;
+    QString editor;
+    QString configPath;
 
     static LaunchOptions parse(const QStringList& arguments, const QProcessEnvironment& env);
     static bool hasDisplay(const QProcessEnvironment& env);

@@ -1,3 +1,4 @@
+#include "app/editor_command_line.h"
 #include "app/launch_options.h"
 #include "app/run_modes.h"
 
@@ -15,6 +16,9 @@ int main(int argc, char** argv)
         return RunModes::runMcpStdio(options);
     case RunMode::Forwarder:
         return RunModes::runForwarder(argc, argv, options);
+    case RunMode::PrintMcpConfig:
+    case RunMode::InstallMcp:
+        return EditorCommandLine::run(options);
     case RunMode::Headless:
     case RunMode::Desktop:
         return RunModes::runInstance(argc, argv, options);

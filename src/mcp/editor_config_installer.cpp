@@ -1,0 +1,228 @@
+#include "mcp/editor_config_installer.h"
+
+#include "app/preferences/preference_store.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+namespace {
+
+constexpr const char* kEntryName = "quillo";
+constexpr const char* kOpenCodeSchema = "https://opencode.ai/config.json";
+
+QString toQString(const std::string& text)
+{
+    return QString::fromStdString(text);
+}
+
+// Editors allow comments in their JSON; the reader does not. Whole-line comments and
+// block comments are removed first; as a last resort the reader skips comments itself.
+Json parseConfig(const QByteArray& bytes)
+{
+    const std::string text = bytes.toStdString();
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos)
+        return Json::object();
+    if (Json::accept(text))
+        return Json::parse(text);
+
+    QString stripped = QString::fromUtf8(bytes);
+    static const QRegularExpression lineComments(QStringLiteral("(?m)^[\\t ]*//.*$"));
+    static const QRegularExpression blockComments(QStringLiteral("/\\*[^*]*\\*+(?:[^/*][^*]*\\*+)*/"));
+    stripped.remove(lineComments).remove(blockComments);
+    const std::string cleaned = stripped.toStdString();
+    if (Json::accept(cleaned))
+        return Json::parse(cleaned);
+    return Json::parse(cleaned, nullptr, true, /*ignore_comments=*/true);
+}
+
+bool writeFileAtomically(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (file.write(bytes) != bytes.size()) {
+        file.cancelWriting();
+        return false;
+    }
+    return file.commit();
+}
+
+} // namespace
+
+EditorConfigInstaller::EditorConfigInstaller(PreferenceStore& preferences, QString executablePath, QString homeDir, Clock now)
+    : m_preferences(preferences)
+    , m_executable(std::move(executablePath))
+    , m_home(std::move(homeDir))
+    , m_now(std::move(now))
+{
+}
+
+QString EditorConfigInstaller::bookmarkKey(const MCPEditor& editor)
+{
+    return QStringLiteral("MCPBookmark.") + editor.identifier;
+}
+
+Json EditorConfigInstaller::serverEntry(const MCPEditor& editor) const
+{
+    const std::string command = m_executable.toStdString();
+    switch (editor.kind) {
+    case MCPEditor::Kind::Cursor:
+        return {{"command", command}, {"args", {"--mcp-stdio"}}};
+    case MCPEditor::Kind::Windsurf:
+        return {{"command", command}, {"args", {"--mcp-stdio"}}, {"env", Json::object()}};
+    case MCPEditor::Kind::Zed:
+        return {{"source", "custom"}, {"command", command}, {"args", {"--mcp-stdio"}}, {"env", Json::object()}};
+    case MCPEditor::Kind::OpenCode:
+        return {{"type", "local"}, {"command", {command, "--mcp-stdio"}}, {"enabled", true}};
+    }
+    return Json::object();
+}
+
+Json EditorConfigInstaller::snippet(const MCPEditor& editor) const
+{
+    Json root = Json::object();
+    if (editor.kind == MCPEditor::Kind::OpenCode)
+        root["$schema"] = kOpenCodeSchema;
+    root[editor.serversKey] = {{kEntryName, serverEntry(editor)}};
+    return root;
+}
+
+QString EditorConfigInstaller::snippetText(const MCPEditor& editor) const
+{
+    return toQString(snippet(editor).dump(2));
+}
+
+QString EditorConfigInstaller::defaultFile(const MCPEditor& editor) const
+{
+    return QDir(m_home).filePath(editor.defaultPath);
+}
+
+QStringList EditorConfigInstaller::expectedFolders(const MCPEditor& editor) const
+{
+    const QString userFolder = QFileInfo(defaultFile(editor)).absolutePath();
+    switch (editor.kind) {
+    case MCPEditor::Kind::Cursor: return {userFolder, QStringLiteral("<project>/.cursor")};
+    case MCPEditor::Kind::Zed: return {userFolder, QStringLiteral("<project>/.zed")};
+    case MCPEditor::Kind::Windsurf: return {userFolder};
+    case MCPEditor::Kind::OpenCode: return {userFolder, QStringLiteral("<project>")};
+    }
+    return {userFolder};
+}
+
+// Only places the editor actually reads: its user folder, or a project's own folder.
+bool EditorConfigInstaller::isSupportedLocation(const MCPEditor& editor, const QString& file) const
+{
+    const QFileInfo info(file);
+    if (info.fileName() != editor.defaultFileName())
+        return false;
+    if (info.absolutePath() == QFileInfo(defaultFile(editor)).absolutePath())
+        return true;
+    const QString folder = info.absoluteDir().dirName();
+    switch (editor.kind) {
+    case MCPEditor::Kind::Cursor: return folder == QStringLiteral(".cursor");
+    case MCPEditor::Kind::Zed: return folder == QStringLiteral(".zed");
+    case MCPEditor::Kind::Windsurf: return false;
+    case MCPEditor::Kind::OpenCode: return true;
+    }
+    return false;
+}
+
+std::optional<QString> EditorConfigInstaller::rememberedFile(const MCPEditor& editor)
+{
+    const QString key = bookmarkKey(editor);
+    const auto stored = m_preferences.stringValue(key);
+    if (!stored)
+        return std::nullopt;
+    if (QFileInfo(*stored).isFile())
+        return stored;
+    m_preferences.remove(key); // the file is gone: forget it
+    return std::nullopt;
+}
+
+EditorInstallResult EditorConfigInstaller::install(const MCPEditor& editor, const std::optional<QString>& chosenPath)
+{
+    if (chosenPath) {
+        QString file = QFileInfo(*chosenPath).absoluteFilePath();
+        if (QFileInfo(file).isDir())
+            file = QDir(file).filePath(editor.defaultFileName());
+        if (!isSupportedLocation(editor, file)) {
+            return {QStringLiteral("invalid_location"), file,
+                    QStringLiteral("Please save your MCP config inside:\n") + expectedFolders(editor).join(u'\n'), {}, false};
+        }
+        EditorInstallResult result = write(editor, file, QStringLiteral("user_selected"));
+        if (result.ok)
+            m_preferences.setValue(bookmarkKey(editor), file);
+        return result;
+    }
+    if (const auto remembered = rememberedFile(editor))
+        return write(editor, *remembered, QStringLiteral("bookmark"));
+    const QString fallback = defaultFile(editor);
+    if (QFileInfo(fallback).isFile())
+        return write(editor, fallback, QStringLiteral("found_existing"));
+    // Nothing there yet: create the file where the editor looks for it.
+    return write(editor, fallback, QStringLiteral("user_selected"));
+}
+
+QString EditorConfigInstaller::makeBackup(const QString& file) const
+{
+    const QString stamp = m_now().toString(Qt::ISODate).left(19).replace(u':', u'-');
+    QString backup = file + QStringLiteral(".quillo-") + stamp + QStringLiteral(".bak");
+    // Two installs within one second keep both backups.
+    for (int n = 2; QFileInfo::exists(backup); ++n)
+        backup = file + QStringLiteral(".quillo-") + stamp + u'-' + QString::number(n) + QStringLiteral(".bak");
+    return QFile::copy(file, backup) ? backup : QString();
+}
+
+EditorInstallResult EditorConfigInstaller::write(const MCPEditor& editor, const QString& file, const QString& status)
+{
+    EditorInstallResult result{status, file, {}, {}, false};
+    const bool existed = QFileInfo(file).isFile();
+    Json root = Json::object();
+    if (existed) {
+        result.backupPath = makeBackup(file);
+        if (result.backupPath.isEmpty()) {
+            result.message = QStringLiteral("Could not back up ") + file + QStringLiteral("; it was left unchanged.");
+            return result;
+        }
+        QFile input(file);
+        if (!input.open(QIODevice::ReadOnly)) {
+            result.message = QStringLiteral("Could not read ") + file + QStringLiteral(": ") + input.errorString();
+            return result;
+        }
+        try {
+            root = parseConfig(input.readAll());
+        } catch (const Json::exception& error) {
+            result.message = QStringLiteral("Could not read ") + file + QStringLiteral(" as JSON (") + toQString(error.what())
+                + QStringLiteral("). It was left unchanged; copy the snippet and paste it into the file yourself.");
+            return result;
+        }
+    }
+    if (!root.is_object()) {
+        result.message = file + QStringLiteral(" does not hold a JSON object. It was left unchanged.");
+        return result;
+    }
+    Json& servers = root[editor.serversKey];
+    if (servers.is_null())
+        servers = Json::object();
+    if (!servers.is_object()) {
+        result.message = QStringLiteral("\"") + QString::fromLatin1(editor.serversKey) + QStringLiteral("\" in ") + file
+            + QStringLiteral(" is not an object. The file was left unchanged.");
+        return result;
+    }
+    servers[kEntryName] = serverEntry(editor);
+    if (root.size() == 1 && servers.size() == 1)
+        root = snippet(editor); // a new file gets the snippet's exact shape and key order
+
+    QDir().mkpath(QFileInfo(file).absolutePath());
+    if (!writeFileAtomically(file, QByteArray::fromStdString(root.dump(2) + "\n"))) {
+        result.message = QStringLiteral("Could not write ") + file + QStringLiteral("; the previous content is untouched.");
+        return result;
+    }
+    result.ok = true;
+    const bool merged = status == QStringLiteral("found_existing") || status == QStringLiteral("bookmark");
+    result.message = (merged ? QStringLiteral("Updated existing config at ") : QStringLiteral("Saved MCP config at ")) + file;
+    return result;
+}
