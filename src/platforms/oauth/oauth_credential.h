@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+// The four OAuth 1.0a secrets of one X account. The token pair stays empty until the
+// account is connected (the request-token step signs with the consumer pair alone).
+enum class OAuthVersion { OneA };
+enum class OAuthSignatureMethod { HmacSha1, RsaSha1, Plaintext };
+
+struct OAuthCredential {
+    QString consumerKey;
+    QString consumerSecret;
+    QString oauthToken;
+    QString oauthTokenSecret;
+    OAuthVersion version = OAuthVersion::OneA;
+    OAuthSignatureMethod signatureMethod = OAuthSignatureMethod::HmacSha1;
+};

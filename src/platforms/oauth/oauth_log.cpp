@@ -1,0 +1,3 @@
+#include "platforms/oauth/oauth_log.h"
+
+Q_LOGGING_CATEGORY(lcOAuth, "quillo.oauth")
