@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QList>
+#include <QStringView>
+
+// Finds the links that X and Mastodon shorten to a fixed length, following X's published
+// extraction rules closely enough for counting: a host of valid labels (each at most 63
+// characters in its ASCII form) with a real top-level domain, an optional port, path and
+// query, never ending in sentence punctuation.
+class UrlFinder {
+public:
+    struct Range {
+        qsizetype start = 0;
+        qsizetype length = 0;
+        qsizetype end() const { return start + length; }
+        bool operator==(const Range&) const = default;
+    };
+
+    enum class Scheme {
+        Required, // only http:// and https:// links (Mastodon)
+        Optional, // bare domains such as example.com too (X)
+    };
+
+    static QList<Range> find(QStringView text, Scheme scheme);
+};
