@@ -1,5 +1,6 @@
 #include "app/run_modes.h"
 
+#include "app/app_events.h"
 #include "app/app_log.h"
 #include "app/app_paths.h"
 #include "app/launch_options.h"
@@ -7,11 +8,16 @@
 #include "app/preferences/preference_store.h"
 #include "app/quillo_instance.h"
 #include "app/unix_signal_watcher.h"
+#include "commands/command_channel_client.h"
+#include "commands/command_channel_server.h"
+#include "commands/command_router.h"
+#include "commands/url_scheme_handler.h"
 #include "mcp/mcp_log.h"
 #include "mcp/mcp_server.h"
 #include "mcp/mcp_stdio_session.h"
 #include "mcp/mcp_stdio_transport.h"
 #include "mcp/mcp_tool_catalogue.h"
+#include "platforms/oauth/oauth_callback_hub.h"
 
 #include <QCoreApplication>
 
@@ -36,11 +42,45 @@ int runMcpStdio(const LaunchOptions& options)
     return MCPStdioSession(transport, server, log).run();
 }
 
+namespace {
+
+void printOutcome(const CommandOutcome& outcome)
+{
+    const QString line = (outcome.ok ? QStringLiteral("✅ ") : QStringLiteral("❌ "))
+        + (outcome.message.isEmpty() ? QStringLiteral("Done") : outcome.message) + u'\n';
+    std::fputs(line.toUtf8().constData(), stderr);
+}
+
+// A second start while an instance runs: the desktop start brings that instance to the
+// front, a headless one has nothing to add.
+int handOverToRunningInstance(const AppPaths& paths, const LaunchOptions& options)
+{
+    if (options.mode == RunMode::Headless) {
+        qCInfo(lcApp).noquote() << "Quillo is already running; nothing to start";
+        return 0;
+    }
+    CommandChannelClient client(paths);
+    const auto outcome = client.trySend(QStringLiteral("quillo://open"), CommandChannelClient::kDefaultReplyTimeout);
+    if (!outcome) {
+        qCWarning(lcApp).noquote() << "❌ Quillo is already running but does not answer";
+        return 1;
+    }
+    return outcome->ok ? 0 : 1;
+}
+
+} // namespace
+
 int runForwarder(int, char**, const LaunchOptions& options)
 {
-    for (const QString& url : options.urls)
-        std::fprintf(stderr, "Quillo: cannot carry out %s: no command channel in this build\n", qPrintable(url));
-    return 1;
+    // No application object: the client blocks on the socket and needs no event loop.
+    CommandChannelClient client(AppPaths::fromEnvironment());
+    bool allSucceeded = true;
+    for (const QString& url : options.urls) {
+        const CommandOutcome outcome = client.send(url);
+        printOutcome(outcome);
+        allSucceeded = allSucceeded && outcome.ok;
+    }
+    return allSucceeded ? 0 : 1;
 }
 
 int runInstance(int argc, char** argv, const LaunchOptions& options)
@@ -53,9 +93,26 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     LogSink::installForInstance(paths.logFile());
     if (!paths.ensureExists())
         qCWarning(lcApp).noquote() << "⚠️ Could not create Quillo's folders under" << paths.dataDir();
+
+    AppEvents events;
+    // No window subscribes yet in either mode, so every request is logged instead.
+    events.logRequestsWithoutWindows();
+    OAuthCallbackHub oauthCallbacks;
+    URLSchemeHandler urlCommands(events);
+    CommandRouter router(oauthCallbacks, urlCommands);
+    CommandChannelServer channel(paths, [&router](QString url) { return router.route(std::move(url)); });
+    switch (channel.start()) {
+    case CommandChannelServer::StartResult::Listening:
+        break;
+    case CommandChannelServer::StartResult::AlreadyRunning:
+        return handOverToRunningInstance(paths, options);
+    case CommandChannelServer::StartResult::Failed:
+        qCCritical(lcApp).noquote() << "❌ Cannot start the command channel:" << channel.errorString();
+        return 1;
+    }
+
     if (options.mode == RunMode::Desktop)
         qCInfo(lcApp).noquote() << "Windows are not part of this build yet; running without them";
-
     PreferenceStore preferences(paths);
     QuilloInstance instance(paths, options, preferences);
 

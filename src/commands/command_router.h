@@ -1,0 +1,23 @@
+#pragma once
+
+#include "commands/command_outcome.h"
+
+#include <QString>
+
+#include <qcoro/qcorotask.h>
+
+class OAuthCallbackHub;
+class URLSchemeHandler;
+
+// Sends each URL that arrives on the command channel where it belongs: browser
+// callbacks of a connect flow to the OAuth hub, everything else to the URL commands.
+class CommandRouter {
+public:
+    CommandRouter(OAuthCallbackHub& oauth, URLSchemeHandler& commands);
+
+    QCoro::Task<CommandOutcome> route(QString url);
+
+private:
+    OAuthCallbackHub& m_oauth;
+    URLSchemeHandler& m_commands;
+};
