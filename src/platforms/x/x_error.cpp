@@ -1,0 +1,62 @@
+#include "platforms/x/x_error.h"
+
+XError::XError(Kind kind, QString detail, int status, std::optional<QDateTime> resetAt)
+    : m_kind(kind)
+    , m_detail(std::move(detail))
+    , m_status(status)
+    , m_resetAt(std::move(resetAt))
+{
+    m_what = (m_detail.isEmpty() ? message() : message() + u": " + m_detail).toUtf8();
+}
+
+XError XError::forStatus(int status, QString detail)
+{
+    switch (status) {
+    case 400:
+        return {Kind::badRequest, std::move(detail), status};
+    case 401:
+        return {Kind::unauthorized, std::move(detail), status};
+    case 403:
+        return {Kind::forbidden, std::move(detail), status};
+    case 413:
+        return {Kind::payloadTooLarge, std::move(detail), status};
+    default:
+        return {Kind::apiError, std::move(detail), status};
+    }
+}
+
+QString XError::message() const
+{
+    switch (m_kind) {
+    case Kind::postFailed:
+        return QStringLiteral("Failed to post to X");
+    case Kind::appendFailed:
+        return QStringLiteral("Failed to append media chunk");
+    case Kind::payloadTooLarge:
+        return QStringLiteral("Media payload too large for X");
+    case Kind::forbidden:
+        return QStringLiteral("Access forbidden by X API");
+    case Kind::unauthorized:
+        return QStringLiteral("Failed to authenticate with X");
+    case Kind::badRequest:
+        return QStringLiteral("Invalid request to X API");
+    case Kind::apiError:
+        return QStringLiteral("X API error (status %1)").arg(m_status);
+    case Kind::rateLimited:
+        if (m_resetAt)
+            return QStringLiteral("X rate limit reached; try again after %1")
+                .arg(m_resetAt->toLocalTime().toString(Qt::ISODate));
+        return QStringLiteral("X rate limit reached; try again later");
+    case Kind::finalizeFailed:
+        return QStringLiteral("Failed to finalize media upload");
+    case Kind::uploadInitFailed:
+        return QStringLiteral("Failed to start media upload to X");
+    case Kind::mediaUnreadable:
+        return QStringLiteral("Media file cannot be read: %1").arg(m_detail);
+    case Kind::networkError:
+        return QStringLiteral("Could not reach X");
+    case Kind::cancelled:
+        return QStringLiteral("Publishing to X was cancelled");
+    }
+    return {};
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include <exception>
+#include <optional>
+
+// Failures of the X client. Each case maps to one user-facing sentence (message());
+// detail() keeps the technical text for the log.
+class XError : public std::exception {
+public:
+    enum class Kind {
+        postFailed,           // no usable answer to a post
+        appendFailed,         // a media chunk was refused
+        payloadTooLarge,      // 413 at the smallest chunk size
+        forbidden,            // 403
+        unauthorized,         // 401
+        badRequest,           // 400
+        apiError,             // any other status
+        rateLimited,          // 429, with the reset time when X sent one
+        finalizeFailed,       // finalize or processing failed
+        uploadInitFailed,     // initialize answered without a media id
+        mediaUnreadable,      // the file vanished or cannot be read
+        networkError,         // no HTTP answer at all
+        cancelled,
+    };
+
+    XError(Kind kind, QString detail = {}, int status = 0, std::optional<QDateTime> resetAt = std::nullopt);
+
+    static XError forStatus(int status, QString detail);
+
+    Kind kind() const { return m_kind; }
+    const QString& detail() const { return m_detail; }
+    int status() const { return m_status; }
+    const std::optional<QDateTime>& rateLimitResetAt() const { return m_resetAt; }
+    QString message() const;
+    const char* what() const noexcept override { return m_what.constData(); }
+
+private:
+    Kind m_kind;
+    QString m_detail;
+    int m_status;
+    std::optional<QDateTime> m_resetAt;
+    QByteArray m_what;
+};

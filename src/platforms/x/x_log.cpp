@@ -1,0 +1,3 @@
+#include "platforms/x/x_log.h"
+
+Q_LOGGING_CATEGORY(lcX, "quillo.x")

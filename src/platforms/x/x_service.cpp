@@ -1,0 +1,358 @@
+#include "platforms/x/x_service.h"
+
+#include "platforms/x/x_log.h"
+
+#include <QFile>
+#include <QHttpMultiPart>
+#include <QNetworkAccessManager>
+#include <QUrlQuery>
+
+#include <nlohmann/json.hpp>
+#include <qcoro/qcorotimer.h>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+// Nothing when the body is not a JSON object.
+std::optional<Json> parseObject(const QByteArray& body)
+{
+    Json json = Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
+    if (json.is_discarded() || !json.is_object())
+        return std::nullopt;
+    return json;
+}
+
+// data.<key> as text (X sends ids as strings; a number is accepted too).
+QString dataString(const Json& json, const char* key)
+{
+    const auto data = json.find("data");
+    if (data == json.end() || !data->is_object())
+        return {};
+    const auto value = data->find(key);
+    if (value == data->end())
+        return {};
+    if (value->is_string())
+        return QString::fromStdString(value->get<std::string>());
+    if (value->is_number_integer())
+        return QString::number(value->get<qint64>());
+    return {};
+}
+
+QString bodyOrNoData(const QByteArray& body)
+{
+    return body.isEmpty() ? u"no data"_s : QString::fromUtf8(body);
+}
+
+QByteArray toBytes(const Json& json)
+{
+    return QByteArray::fromStdString(json.dump());
+}
+
+} // namespace
+
+XService::XService(QNetworkAccessManager& network, OAuthCredential credential, XHosts hosts,
+                   XServiceOptions options, QObject* parent)
+    : QObject(parent)
+    , m_network(network)
+    , m_client(network, std::move(credential))
+    , m_hosts(std::move(hosts))
+    , m_options(options)
+{
+    m_client.setTimeout(m_options.timeoutMs);
+}
+
+void XService::updateCredentials(OAuthCredential credential)
+{
+    qCInfo(lcX) << "Updating X service credentials";
+    m_client.setCredential(std::move(credential));
+}
+
+QUrl XService::apiUrl(const QString& path) const
+{
+    QUrl url = m_hosts.api;
+    url.setPath(path);
+    return url;
+}
+
+QUrl XService::tweetUrl(const QString& id) const
+{
+    QUrl url = m_hosts.web;
+    url.setPath(u"/i/web/status/"_s + id);
+    return url;
+}
+
+void XService::throwIfCancelled() const
+{
+    if (m_cancelled)
+        throw XError(XError::Kind::cancelled);
+}
+
+void XService::throwFailure(const OAuthAnswer& answer, XError::Kind fallback) const
+{
+    if (answer.status == 0)
+        throw XError(XError::Kind::networkError, answer.errorString);
+    const QString body = bodyOrNoData(answer.body);
+    if (answer.status == 429)
+        throw XError(XError::Kind::rateLimited, body, 429, rateLimitReset(answer));
+    if (answer.status == 400 || answer.status == 401 || answer.status == 403)
+        throw XError::forStatus(answer.status, body);
+    throw XError(fallback, body, answer.status);
+}
+
+std::optional<QDateTime> XService::rateLimitReset(const OAuthAnswer& answer)
+{
+    // Each window has a "remaining" and a "reset" header. The one that ran out decides;
+    // when several did, the latest reset; when none says so, the per-endpoint window.
+    static const std::pair<QByteArray, QByteArray> windows[] = {
+        {"x-rate-limit-remaining", "x-rate-limit-reset"},
+        {"x-user-limit-24hour-remaining", "x-user-limit-24hour-reset"},
+        {"x-app-limit-24hour-remaining", "x-app-limit-24hour-reset"},
+    };
+    std::optional<qint64> exhausted;
+    std::optional<qint64> any;
+    for (const auto& [remainingName, resetName] : windows) {
+        bool ok = false;
+        const qint64 reset = answer.header(resetName).trimmed().toLongLong(&ok);
+        if (!ok || reset <= 0)
+            continue;
+        if (!any || (resetName == "x-rate-limit-reset"))
+            any = reset;
+        if (answer.header(remainingName).trimmed() == "0")
+            exhausted = std::max(exhausted.value_or(0), reset);
+    }
+    const std::optional<qint64> chosen = exhausted ? exhausted : any;
+    if (!chosen)
+        return std::nullopt;
+    return QDateTime::fromSecsSinceEpoch(*chosen, Qt::UTC);
+}
+
+QCoro::Task<XPostResult> XService::postTweet(XTweet tweet)
+{
+    throwIfCancelled();
+    Json body;
+    body["text"] = tweet.text.toStdString();
+    if (!tweet.mediaIds.isEmpty()) {
+        Json ids = Json::array();
+        for (const QString& id : std::as_const(tweet.mediaIds))
+            ids.push_back(id.toStdString());
+        body["media"] = {{"media_ids", ids}};
+    }
+    if (!tweet.replyTo.isEmpty())
+        body["reply"] = {{"in_reply_to_tweet_id", tweet.replyTo.toStdString()}};
+    if (!tweet.quoteOf.isEmpty())
+        body["quote_tweet_id"] = tweet.quoteOf.toStdString();
+    if (!tweet.communityId.isEmpty()) {
+        qCInfo(lcX).noquote() << u"Posting to community with ID: "_s + tweet.communityId;
+        body["community_id"] = tweet.communityId.toStdString();
+        if (tweet.shareWithFollowers) {
+            qCInfo(lcX) << "Sharing community post with followers as well";
+            body["share_with_followers"] = true;
+        }
+    }
+
+    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/tweets"_s), toBytes(body));
+    if (answer.isSuccess()) {
+        const auto json = parseObject(answer.body);
+        const QString id = json ? dataString(*json, "id") : QString();
+        if (!id.isEmpty()) {
+            const XPostResult result{id, tweetUrl(id)};
+            qCInfo(lcX).noquote() << u"Tweet posted successfully. URL: "_s + result.url.toString();
+            co_return result;
+        }
+        qCWarning(lcX).noquote() << u"Tweet post failed. Response: "_s + bodyOrNoData(answer.body);
+        throw XError(XError::Kind::postFailed, bodyOrNoData(answer.body), answer.status);
+    }
+    if (answer.status != 0)
+        qCWarning(lcX).noquote() << u"Tweet post failed. Response: "_s + bodyOrNoData(answer.body);
+    qCWarning(lcX).noquote() << u"X API request failed: "_s
+            + (answer.status == 0 ? answer.errorString : QString::number(answer.status));
+    throwFailure(answer, XError::Kind::apiError);
+}
+
+QCoro::Task<QString> XService::uploadFile(QString path, bool isVideo, StateCallback onStateChange,
+                                          XPublishState position)
+{
+    throwIfCancelled();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw XError(XError::Kind::mediaUnreadable, path + u" ("_s + file.errorString() + u')');
+    const qint64 size = file.size();
+    if (size <= 0)
+        throw XError(XError::Kind::mediaUnreadable, path + u" (empty file)"_s);
+
+    position.phase = XPublishState::Phase::uploadingMedia;
+    position.fraction = 0;
+    if (onStateChange)
+        onStateChange(position);
+    const QString mediaId = co_await initializeUpload(size, isVideo);
+    co_await appendChunks(mediaId, file, onStateChange, position);
+    co_await finalizeUpload(mediaId, onStateChange, position);
+    co_return mediaId;
+}
+
+QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
+{
+    throwIfCancelled();
+    Json body;
+    body["total_bytes"] = totalBytes;
+    body["media_type"] = isVideo ? "video/mp4" : "image/jpeg";
+    body["media_category"] = isVideo ? "tweet_video" : "tweet_image";
+    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/media/upload/initialize"_s), toBytes(body));
+    if (!answer.isSuccess())
+        throwFailure(answer, XError::Kind::apiError);
+    const auto json = parseObject(answer.body);
+    const QString id = json ? dataString(*json, "id") : QString();
+    if (id.isEmpty()) {
+        const QString detail = u"Upload INIT returned unexpected body: "_s + bodyOrNoData(answer.body);
+        qCWarning(lcX).noquote() << detail;
+        throw XError(XError::Kind::uploadInitFailed, detail, answer.status);
+    }
+    co_return id;
+}
+
+QCoro::Task<void> XService::appendChunks(const QString& mediaId, QFile& file, const StateCallback& onStateChange,
+                                         XPublishState position)
+{
+    const QUrl url = apiUrl(u"/2/media/upload/"_s + mediaId + u"/append"_s);
+    const qint64 size = file.size();
+    qint64 chunkSize = std::max(m_options.initialChunkSize, kMinimumChunkSize);
+    qint64 offset = 0;
+    int segment = 0;
+    while (offset < size) {
+        throwIfCancelled();
+        const qint64 length = std::min(chunkSize, size - offset);
+        // Only this chunk is in memory: the file is read piece by piece from disk.
+        QByteArray chunk;
+        if (file.seek(offset))
+            chunk = file.read(length);
+        if (chunk.size() != length)
+            throw XError(XError::Kind::mediaUnreadable, file.fileName() + u" (" + file.errorString() + u')');
+
+        auto* multipart = new QHttpMultiPart(QHttpMultiPart::FormDataType);
+        QHttpPart index;
+        index.setHeader(QNetworkRequest::ContentDispositionHeader, u"form-data; name=\"segment_index\""_s);
+        index.setBody(QByteArray::number(segment));
+        QHttpPart media;
+        media.setHeader(QNetworkRequest::ContentDispositionHeader, u"form-data; name=\"media\"; filename=\"blob\""_s);
+        media.setHeader(QNetworkRequest::ContentTypeHeader, u"application/octet-stream"_s);
+        media.setBody(chunk);
+        multipart->append(index);
+        multipart->append(media);
+        chunk.clear();
+
+        const OAuthAnswer answer = co_await m_client.postMultipart(url, multipart);
+        if (answer.status == 413) {
+            if (chunkSize <= kMinimumChunkSize) {
+                qCWarning(lcX) << "Payload too large for append";
+                throw XError(XError::Kind::payloadTooLarge, u"Payload too large for append"_s, 413);
+            }
+            const qint64 smaller = std::max(chunkSize / 2, kMinimumChunkSize);
+            qCWarning(lcX).noquote() << u"APPEND 413 - reducing chunk size from %1 to %2 bytes and retrying"_s
+                                            .arg(chunkSize)
+                                            .arg(smaller);
+            chunkSize = smaller;
+            continue;
+        }
+        if (!answer.isSuccess())
+            throwFailure(answer, XError::Kind::appendFailed);
+        offset += length;
+        ++segment;
+        position.fraction = double(offset) / double(size);
+        if (onStateChange)
+            onStateChange(position);
+    }
+}
+
+QCoro::Task<void> XService::finalizeUpload(const QString& mediaId, const StateCallback& onStateChange,
+                                           XPublishState position)
+{
+    throwIfCancelled();
+    qCInfo(lcX).noquote() << u"Finalizing upload for media ID: "_s + mediaId;
+    const OAuthAnswer answer =
+        co_await m_client.postForm(apiUrl(u"/2/media/upload/"_s + mediaId + u"/finalize"_s), QByteArray());
+    if (answer.status == 0) {
+        qCWarning(lcX).noquote() << u"Upload finalize network error: "_s + answer.errorString;
+        throw XError(XError::Kind::finalizeFailed, answer.errorString);
+    }
+    if (!answer.isSuccess()) {
+        qCWarning(lcX).noquote() << u"Upload finalize failed with status code: "_s + QString::number(answer.status);
+        throwFailure(answer, XError::Kind::finalizeFailed);
+    }
+    co_await waitForProcessing(mediaId, answer, onStateChange, position);
+}
+
+QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswer answer,
+                                              const StateCallback& onStateChange, XPublishState position)
+{
+    position.phase = XPublishState::Phase::processingMedia;
+    for (int polls = 0;; ++polls) {
+        const auto json = parseObject(answer.body);
+        if (!json)
+            throw XError(XError::Kind::finalizeFailed, u"Unexpected media status: "_s + bodyOrNoData(answer.body));
+        const Json& data = json->contains("data") ? (*json)["data"] : *json;
+        if (!data.is_object() || !data.contains("processing_info") || !data["processing_info"].is_object())
+            co_return; // no processing needed: the media is ready
+        const Json& info = data["processing_info"];
+        const std::string state = info.value("state", "");
+        if (state == "succeeded")
+            co_return;
+        if (state == "failed") {
+            const std::string reason = info.contains("error") && info["error"].is_object()
+                ? info["error"].value("message", "") : std::string();
+            throw XError(XError::Kind::finalizeFailed,
+                         u"Media processing failed for media ID: "_s + mediaId + u' ' + QString::fromStdString(reason));
+        }
+        // "pending", "in_progress" and anything unknown: ask again after the given time.
+        if (polls >= m_options.maxStatusPolls)
+            throw XError(XError::Kind::finalizeFailed, u"Media processing did not finish for media ID: "_s + mediaId);
+        const int wait = info.contains("check_after_secs") && info["check_after_secs"].is_number_integer()
+            ? std::clamp(info["check_after_secs"].get<int>(), 0, 600) : 1;
+        position.fraction = info.value("progress_percent", 0) / 100.0;
+        if (onStateChange)
+            onStateChange(position);
+        throwIfCancelled();
+        co_await QCoro::sleepFor(m_options.checkAfterUnit * wait);
+        throwIfCancelled();
+        QUrl url = apiUrl(u"/2/media/upload"_s);
+        url.setQuery(QUrlQuery({{u"command"_s, u"STATUS"_s}, {u"media_id"_s, mediaId}}));
+        answer = co_await m_client.get(url);
+        if (!answer.isSuccess())
+            throwFailure(answer, XError::Kind::finalizeFailed);
+    }
+}
+
+QCoro::Task<bool> XService::setAltText(QString mediaId, QString text)
+{
+    Json body;
+    body["id"] = mediaId.toStdString();
+    body["metadata"] = {{"alt_text", {{"text", text.toStdString()}}}};
+    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/media/metadata"_s), toBytes(body));
+    if (answer.isSuccess()) {
+        qCInfo(lcX).noquote() << u"Successfully set alt text for media ID: "_s + mediaId;
+        co_return true;
+    }
+    if (answer.status == 0)
+        qCWarning(lcX).noquote() << u"Failed to set alt text for media ID: "_s + mediaId + u" (" + answer.errorString + u')';
+    else
+        qCWarning(lcX).noquote() << u"Failed to set alt text. Status: "_s + QString::number(answer.status);
+    co_return false;
+}
+
+QCoro::Task<XUser> XService::verifyCredentials()
+{
+    const OAuthAnswer answer = co_await m_client.get(apiUrl(u"/1.1/account/verify_credentials.json"_s));
+    if (!answer.isSuccess())
+        throwFailure(answer, XError::Kind::apiError);
+    const auto json = parseObject(answer.body);
+    if (!json || !json->contains("id_str") || !json->contains("screen_name"))
+        throw XError(XError::Kind::apiError, u"Unexpected credential answer: "_s + bodyOrNoData(answer.body), answer.status);
+    XUser user;
+    user.id = QString::fromStdString(json->value("id_str", ""));
+    user.screenName = QString::fromStdString(json->value("screen_name", ""));
+    user.name = QString::fromStdString(json->value("name", ""));
+    co_return user;
+}
