@@ -1,0 +1,18 @@
+#pragma once
+
+#include "model/json_reader.h"
+
+#include <QUuid>
+
+// A part of a video to keep, as times in seconds on the source's timeline (start < end).
+struct ClipSegment {
+    QUuid id;
+    double start = 0;
+    double end = 0;
+
+    bool operator==(const ClipSegment&) const = default;
+    double duration() const { return end - start; }
+
+    Json toJson() const;
+    static ClipSegment decode(const JsonReader& reader);
+};

@@ -1,0 +1,75 @@
+#include "model/json_values.h"
+
+#include "model/coding_error.h"
+
+#include <cmath>
+
+namespace JsonValues {
+
+std::string utf8(const QString& text)
+{
+    return text.toStdString();
+}
+
+std::string uuidText(const QUuid& id)
+{
+    const QByteArray text = id.toByteArray(QUuid::WithoutBraces).toUpper();
+    return std::string(text.constData(), static_cast<size_t>(text.size()));
+}
+
+Json number(double value)
+{
+    if (!std::isfinite(value))
+        throw CodingError(CodingError::Kind::unencodable, {}, QStringLiteral("a number that is not finite"));
+    constexpr double kExactIntegerLimit = 9007199254740992.0; // 2^53
+    if (std::trunc(value) == value && std::fabs(value) < kExactIntegerLimit)
+        return static_cast<std::int64_t>(value);
+    return value;
+}
+
+Json date(Timestamp date, DateEncoding encoding)
+{
+    if (encoding == DateEncoding::iso8601)
+        return utf8(date.toIso8601());
+    return number(date.referenceSeconds());
+}
+
+Json fileUrl(const QUrl& url)
+{
+    Json keyed = Json::object();
+    keyed["relative"] = utf8(url.toString(QUrl::FullyEncoded));
+    return keyed;
+}
+
+QByteArray dump(const Json& document, JsonLayout layout)
+{
+    std::string text;
+    try {
+        switch (layout) {
+        case JsonLayout::compact:
+            text = document.dump();
+            break;
+        case JsonLayout::pretty:
+            text = document.dump(2);
+            break;
+        case JsonLayout::prettySortedKeys:
+            // nlohmann::json keeps its objects in a sorted map.
+            text = nlohmann::json::parse(document.dump()).dump(2);
+            break;
+        }
+    } catch (const nlohmann::json::exception& error) {
+        throw CodingError(CodingError::Kind::unencodable, {}, QString::fromUtf8(error.what()));
+    }
+    return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+Json parse(const QByteArray& bytes)
+{
+    try {
+        return Json::parse(bytes.constBegin(), bytes.constEnd());
+    } catch (const nlohmann::json::exception& error) {
+        throw CodingError(CodingError::Kind::malformedJson, {}, QString::fromUtf8(error.what()));
+    }
+}
+
+} // namespace JsonValues

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "model/timestamp.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+#include <QUuid>
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+// Every stored document keeps its keys in declaration order.
+using Json = nlohmann::ordered_json;
+
+// Stored state writes dates as seconds since 2001-01-01 UTC; files the user exports
+// (and URL and MCP parameters) use ISO 8601 text.
+enum class DateEncoding { referenceSeconds, iso8601 };
+
+enum class JsonLayout {
+    compact,
+    pretty,
+    // Pretty, with the keys of every object in sorted order: the export files.
+    prettySortedKeys,
+};
+
+// Building blocks of the encoders.
+namespace JsonValues {
+std::string utf8(const QString& text);
+// Upper-case hyphenated text, 36 characters.
+std::string uuidText(const QUuid& id);
+// Whole numbers are written without a fraction, as the stored files have them.
+// Throws CodingError for NaN and infinities, which JSON cannot hold.
+Json number(double value);
+Json date(Timestamp date, DateEncoding encoding);
+// The keyed form of a URL: {"relative": "file:///..."}.
+Json fileUrl(const QUrl& url);
+// Text of a document. Throws CodingError when a string holds invalid UTF-8.
+QByteArray dump(const Json& document, JsonLayout layout);
+// Parses a document; throws CodingError (malformedJson) on bad syntax.
+Json parse(const QByteArray& bytes);
+} // namespace JsonValues

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "model/json_reader.h"
+
+// Image or video. Stored in the case-keyed form: {"image":{}} or {"video":{}}.
+enum class MediaType { image, video };
+
+Json mediaTypeToJson(MediaType type);
+// Accepts exactly the two case-keyed objects; a plain "video" string is an error.
+MediaType decodeMediaType(const JsonReader& reader);

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "model/json_reader.h"
+#include "model/platform_type.h"
+
+#include <QMap>
+#include <QString>
+
+#include <optional>
+
+// The post that a post quotes, as known on each platform.
+struct QuoteContext {
+    // The quoted post's text as shown to the user.
+    QString text;
+    // Platform raw value ("x", "bluesky", "mastodon") to the quoted post's identifier
+    // on that platform (a tweet id, an at:// URI, a status id).
+    QMap<QString, QString> platformIds;
+
+    bool operator==(const QuoteContext&) const = default;
+
+    // The quoted post's identifier on a platform, if it is known there.
+    std::optional<QString> idOn(PlatformType platform) const;
+    void setIdOn(PlatformType platform, const QString& id) { platformIds.insert(rawValue(platform), id); }
+
+    Json toJson() const;
+    static QuoteContext decode(const JsonReader& reader);
+};

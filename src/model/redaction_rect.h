@@ -1,0 +1,16 @@
+#pragma once
+
+#include "model/json_reader.h"
+
+// A rectangle blacked out on an image before upload, in the redaction tool's coordinates.
+struct RedactionRect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+
+    bool operator==(const RedactionRect&) const = default;
+
+    Json toJson() const;
+    static RedactionRect decode(const JsonReader& reader);
+};

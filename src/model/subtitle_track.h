@@ -1,0 +1,24 @@
+#pragma once
+
+#include "model/json_reader.h"
+#include "model/subtitle_segment.h"
+
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+// The captions of a video.
+struct SubtitleTrack {
+    QList<SubtitleSegment> segments;
+    // The recognition locale's identifier, e.g. "en-US".
+    std::optional<QString> languageCode;
+    // What produced the track.
+    std::optional<QString> generator;
+    Timestamp createdAt;
+
+    bool operator==(const SubtitleTrack&) const = default;
+
+    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const;
+    static SubtitleTrack decode(const JsonReader& reader);
+};

@@ -1,0 +1,137 @@
+#include "model/post.h"
+#include "model/video_export_preset.h"
+
+#include <QDir>
+#include <QImage>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::vector<std::string> keysOf(const Json& object)
+{
+    std::vector<std::string> keys;
+    for (const auto& item : object.items())
+        keys.push_back(item.key());
+    return keys;
+}
+
+PostMedia plainVideo()
+{
+    PostMedia video;
+    video.id = QUuid::fromString(u"22222222-3333-4444-8555-666666666666");
+    video.type = MediaType::video;
+    video.originalPath = QUrl::fromLocalFile(QStringLiteral("/media/clip.mov"));
+    return video;
+}
+
+TEST(PostCodec, EmptyTextWithAnImageAndNoFocusFlag)
+{
+    Post post = Post::create(QString(), {plainVideo()});
+    post.mediaItems[0].type = MediaType::image;
+    post.isFocused = true;
+
+    const Json json = post.toJson();
+    EXPECT_EQ(keysOf(json), (std::vector<std::string>{"id", "text", "mediaItems"}));
+    EXPECT_EQ(json["text"], "");
+    EXPECT_EQ(json["mediaItems"][0]["type"].dump(), R"({"image":{}})");
+
+    const Post decoded = Post::fromJson(json);
+    EXPECT_FALSE(decoded.isFocused);
+    EXPECT_EQ(decoded.mediaItems, post.mediaItems);
+    EXPECT_EQ(QString::fromStdString(json["id"].get<std::string>()),
+              post.id.toString(QUuid::WithoutBraces).toUpper());
+}
+
+TEST(PostCodec, UneditedVideoWritesOnlyItsRequiredKeys)
+{
+    const Json json = plainVideo().toJson();
+    EXPECT_EQ(json.dump(),
+              R"({"id":"22222222-3333-4444-8555-666666666666","type":{"video":{}},)"
+              R"("originalPath":{"relative":"file:///media/clip.mov"},"redactions":[],)"
+              R"("areSubtitlesRendered":false,"isMissing":false})");
+}
+
+TEST(PostCodec, EditedVideoKeepsKeyOrder)
+{
+    PostMedia video = plainVideo();
+    video.videoDuration = 12.0;
+    video.altText = QStringLiteral("alt");
+    video.subtitles = SubtitleTrack{{}, QStringLiteral("de-DE"), std::nullopt, Timestamp::fromReferenceSeconds(1.5)};
+    video.renderedExportPreset = rawValue(VideoExportPreset::fourK);
+    video.trimClips = QList<ClipSegment>{{QUuid::createUuid(), 0.5, 3}};
+
+    const Json json = video.toJson();
+    EXPECT_EQ(keysOf(json),
+              (std::vector<std::string>{"id", "type", "originalPath", "videoDuration", "altText", "redactions",
+                                        "subtitles", "areSubtitlesRendered", "renderedExportPreset", "isMissing",
+                                        "trimClips"}));
+    EXPECT_EQ(json["videoDuration"].dump(), "12");
+    EXPECT_EQ(json["subtitles"].dump(), R"({"segments":[],"languageCode":"de-DE","createdAt":1.5})");
+    EXPECT_EQ(PostMedia::decode(JsonReader(json)), video);
+}
+
+TEST(PostCodec, UrlForms)
+{
+    const auto decodeUrl = [](const char* text) {
+        const Json json = Json::parse(text);
+        return JsonReader(json).fileUrl();
+    };
+    EXPECT_EQ(decodeUrl(R"({"relative":"file:///a%20b/c.png"})").toLocalFile(), u"/a b/c.png");
+    EXPECT_EQ(decodeUrl(R"({"relative":"c.png","base":{"relative":"file:///a/"}})").toLocalFile(), u"/a/c.png");
+    EXPECT_EQ(decodeUrl(R"("file:///plain.png")").toLocalFile(), u"/plain.png");
+    EXPECT_THROW(decodeUrl(R"({"base":"file:///a/"})"), CodingError);
+    EXPECT_THROW(decodeUrl(R"(7)"), CodingError);
+    EXPECT_EQ(JsonValues::fileUrl(QUrl::fromLocalFile(QStringLiteral("/a b/ü.png"))).dump(),
+              R"({"relative":"file:///a%20b/%C3%BC.png"})");
+}
+
+TEST(PostCodec, NumbersThatJsonCannotHoldFailToEncode)
+{
+    PostMedia video = plainVideo();
+    video.videoDuration = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THROW(video.toJson(), CodingError);
+}
+
+TEST(PostMediaFiles, FromImageWritesAUniqueFileIntoTheMediaFolder)
+{
+    QTemporaryDir root;
+    const QString mediaDir = root.filePath(QStringLiteral("Quillo/Media"));
+    QImage image(4, 3, QImage::Format_RGB32);
+    image.fill(Qt::red);
+
+    const auto first = PostMedia::fromImage(image, mediaDir);
+    const auto second = PostMedia::fromImage(image, mediaDir);
+    ASSERT_TRUE(first && second);
+    EXPECT_NE(first->localFile(), second->localFile());
+    EXPECT_TRUE(first->localFile().startsWith(mediaDir + u'/'));
+    EXPECT_EQ(QImage(first->localFile()).size(), image.size());
+    EXPECT_TRUE(first->isImage());
+    EXPECT_TRUE(first->redactions.isEmpty());
+    EXPECT_FALSE(first->isMissing || first->areSubtitlesRendered || first->subtitles);
+
+    EXPECT_FALSE(PostMedia::fromImage(QImage(), mediaDir));
+}
+
+TEST(PostMediaFiles, VideoIsCopiedOrKeepsItsOriginalLocation)
+{
+    QTemporaryDir root;
+    const QString source = root.filePath(QStringLiteral("clip.mp4"));
+    QFile file(source);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("not really a video");
+    file.close();
+
+    const PostMedia copied = PostMedia::fromVideo(source, root.filePath(QStringLiteral("Media")), 4.5);
+    EXPECT_TRUE(copied.isVideo());
+    EXPECT_TRUE(copied.localFile().startsWith(root.filePath(QStringLiteral("Media/"))));
+    EXPECT_TRUE(copied.localFile().endsWith(u".mp4"));
+    EXPECT_EQ(copied.videoDuration, 4.5);
+
+    // A media folder that cannot be created: the attachment points at the original.
+    const QString blocked = root.filePath(QStringLiteral("clip.mp4/Media"));
+    EXPECT_EQ(PostMedia::fromVideo(source, blocked).localFile(), source);
+}
+
+} // namespace
