@@ -1,5 +1,7 @@
 #include "model/json_reader.h"
 
+#include <cmath>
+
 JsonReader::JsonReader(const Json& value, DateEncoding dates)
     : m_value(&value)
     , m_dates(dates)
@@ -85,7 +87,11 @@ double JsonReader::number() const
 {
     if (!m_value->is_number())
         fail(CodingError::Kind::wrongType, QStringLiteral("a number"));
-    return m_value->get<double>();
+    const double number = m_value->get<double>();
+    // An overflowing literal such as 1e999 would load but could never be saved again.
+    if (!std::isfinite(number))
+        fail(CodingError::Kind::invalidValue, QStringLiteral("a number out of range"));
+    return number;
 }
 
 bool JsonReader::boolean() const

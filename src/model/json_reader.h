@@ -67,6 +67,15 @@ public:
             pair(at(i), at(i + 1));
     }
 
+    // Calls member(key, valueReader) for each member of an object, in document order.
+    template<class Member>
+    void forEachMember(Member member) const
+    {
+        expectObject();
+        for (auto it = m_value->begin(); it != m_value->end(); ++it)
+            member(it.key(), JsonReader(it.value(), this, it.key().c_str(), 0));
+    }
+
     [[noreturn]] void fail(CodingError::Kind kind, const QString& detail) const;
     QString path() const;
 

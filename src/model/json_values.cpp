@@ -29,8 +29,12 @@ Json number(double value)
 
 Json date(Timestamp date, DateEncoding encoding)
 {
-    if (encoding == DateEncoding::iso8601)
-        return utf8(date.toIso8601());
+    if (encoding == DateEncoding::iso8601) {
+        const QString text = date.toIso8601();
+        if (text.isEmpty())
+            throw CodingError(CodingError::Kind::unencodable, {}, QStringLiteral("a date beyond the calendar"));
+        return utf8(text);
+    }
     return number(date.referenceSeconds());
 }
 

@@ -29,12 +29,8 @@ QuoteContext QuoteContext::decode(const JsonReader& reader)
     reader.expectObject();
     QuoteContext quote;
     quote.text = reader["text"].string();
-    const JsonReader ids = reader["platformIds"];
-    ids.expectObject();
-    for (const auto& entry : ids.json().items()) {
-        const std::string& key = entry.key();
-        quote.platformIds.insert(QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size())),
-                                 ids[key.c_str()].string());
-    }
+    reader["platformIds"].forEachMember([&](const std::string& key, const JsonReader& value) {
+        quote.platformIds.insert(QString::fromStdString(key), value.string());
+    });
     return quote;
 }

@@ -54,10 +54,9 @@ SocialAccount SocialAccount::decode(const JsonReader& reader)
     account.name = reader["name"].string();
     if (const auto nickname = reader.optional("nickname"))
         account.nickname = nickname->string();
-    const JsonReader secrets = reader["credentials"];
-    secrets.expectObject();
-    for (const auto& entry : secrets.json().items())
-        account.credentials.insert(QString::fromStdString(entry.key()), secrets[entry.key().c_str()].string());
+    reader["credentials"].forEachMember([&](const std::string& key, const JsonReader& value) {
+        account.credentials.insert(QString::fromStdString(key), value.string());
+    });
     account.isDefault = reader["isDefault"].boolean();
     account.isEnabled = reader["isEnabled"].boolean();
     account.createdAt = reader["createdAt"].date();

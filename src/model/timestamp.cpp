@@ -16,13 +16,21 @@ Timestamp Timestamp::now()
 
 QDateTime Timestamp::toDateTime() const
 {
-    const auto msecs = static_cast<qint64>(std::llround(unixSeconds() * 1000.0));
+    // Years 1 to 9999: what four-digit ISO 8601 text can hold.
+    constexpr double kFirstMs = -62135596800000.0;
+    constexpr double kLastMs = 253402300799999.0;
+    const double ms = unixSeconds() * 1000.0;
+    if (!(ms >= kFirstMs && ms <= kLastMs))
+        return {};
+    const auto msecs = static_cast<qint64>(std::llround(ms));
     return QDateTime::fromMSecsSinceEpoch(msecs, QTimeZone::utc());
 }
 
 QString Timestamp::toIso8601() const
 {
     const QDateTime utc = toDateTime();
+    if (!utc.isValid())
+        return {};
     const QString format = utc.time().msec() == 0 ? QStringLiteral("yyyy-MM-ddTHH:mm:ss'Z'")
                                                   : QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz'Z'");
     return utc.toString(format);

@@ -22,10 +22,11 @@ public:
 
     constexpr double referenceSeconds() const { return m_seconds; }
     double unixSeconds() const { return m_seconds + kReferenceOffset; }
-    // UTC, rounded to the millisecond.
+    // UTC, rounded to the millisecond; invalid outside the years 1 to 9999.
     QDateTime toDateTime() const;
 
     // "2024-01-15T10:30:00Z"; milliseconds are added only when the instant has them.
+    // Empty when toDateTime() is invalid.
     QString toIso8601() const;
     // Accepts a date, a time and a zone ("Z" or an offset), optionally with fractions.
     static std::optional<Timestamp> fromIso8601(QStringView text);
