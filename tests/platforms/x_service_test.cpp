@@ -13,7 +13,6 @@
 #include <qcoro/qcorotask.h>
 
 using namespace std::chrono_literals;
-using Json = nlohmann::json;
 
 namespace {
 
@@ -103,15 +102,28 @@ protected:
 TEST_F(XServiceTest, postsAThreadWithAnImageAndAltText)
 {
     const QString image = makeFile(QStringLiteral("photo.jpg"), 300000);
-    const QString mediaId = run(service.uploadFile(image, false));
-    EXPECT_TRUE(run(service.setAltText(mediaId, QStringLiteral("A red kite, \"hovering\" & calm"))));
-    const XPostResult first = run(service.postTweet({.text = QStringLiteral("One ✨"), .mediaIds = {mediaId}}));
-    const XPostResult second = run(service.postTweet({.text = QStringLiteral("Two"), .replyTo = first.id}));
-    const XPostResult third = run(service.postTweet({.text = QStringLiteral("Three"), .replyTo = second.id}));
+    PostMedia media;
+    media.id = QUuid::createUuid();
+    media.type = MediaType::image;
+    media.originalPath = QUrl::fromLocalFile(image);
+    media.altText = QStringLiteral("A red kite, \"hovering\" & calm");
+    QuoteContext quote;
+    quote.setIdOn(PlatformType::x, QStringLiteral("555"));
+    QList<Post> thread{Post::create(QStringLiteral("One ✨"), {media}), Post::create(QStringLiteral("Two")),
+                       Post::create(QStringLiteral("Three"))};
+    thread[1].quoteContext = quote;
 
+    QList<XPublishState::Phase> phases;
+    const QList<XPostResult> posted = run(service.postThread(thread, false, [&](const XPublishState& s) {
+        if (phases.isEmpty() || phases.last() != s.phase)
+            phases.append(s.phase);
+    }));
+
+    ASSERT_EQ(posted.size(), 3);
     EXPECT_EQ(server.rejectedSignatures(), 0);
     for (const auto& request : server.requests())
         EXPECT_TRUE(request.signatureValid) << request.path.constData();
+    const QString mediaId = QString::fromStdString(bodyOf(server.requestsTo("/2/tweets").at(0))["media"]["media_ids"][0]);
     EXPECT_EQ(server.uploadedSha1(mediaId.toLatin1()), sha1Of(image));
     EXPECT_EQ(server.requestsTo("/append").size(), 1u);
     EXPECT_EQ(server.requestsTo("/2/media/upload").size(), 3u); // no status polls for an image
@@ -125,9 +137,14 @@ TEST_F(XServiceTest, postsAThreadWithAnImageAndAltText)
     const auto tweets = server.requestsTo("/2/tweets");
     ASSERT_EQ(tweets.size(), 3u);
     EXPECT_EQ(bodyOf(tweets[0]), Json({{"text", "One ✨"}, {"media", {{"media_ids", {mediaId.toStdString()}}}}}));
-    EXPECT_EQ(bodyOf(tweets[1]), Json({{"text", "Two"}, {"reply", {{"in_reply_to_tweet_id", first.id.toStdString()}}}}));
-    EXPECT_EQ(bodyOf(tweets[2]), Json({{"text", "Three"}, {"reply", {{"in_reply_to_tweet_id", second.id.toStdString()}}}}));
-    EXPECT_EQ(third.url.toString(), QStringLiteral("https://x.example/i/web/status/") + third.id);
+    EXPECT_EQ(bodyOf(tweets[1]), Json({{"text", "Two"},
+                                       {"reply", {{"in_reply_to_tweet_id", posted[0].id.toStdString()}}},
+                                       {"quote_tweet_id", "555"}}));
+    EXPECT_EQ(bodyOf(tweets[2]), Json({{"text", "Three"}, {"reply", {{"in_reply_to_tweet_id", posted[1].id.toStdString()}}}}));
+    EXPECT_EQ(posted[2].url.toString(), QStringLiteral("https://x.example/i/web/status/") + posted[2].id);
+    using P = XPublishState::Phase;
+    EXPECT_EQ(phases, (QList<P>{P::uploadingMedia, P::settingAltText, P::posting, P::posted, P::posting, P::posted,
+                                P::posting, P::posted}));
 }
 
 TEST_F(XServiceTest, uploadsAVideoThatNeedsTwoProcessingPolls)
@@ -203,11 +220,15 @@ TEST_F(XServiceTest, failedAltTextStillLetsTheTweetPost)
             return FakeXServer::Reply{500, R"({"title":"Internal Error"})", "application/json", {}};
         return std::nullopt;
     });
-    const QString mediaId = run(service.uploadFile(makeFile(QStringLiteral("a.jpg"), 1000), false));
-    EXPECT_FALSE(run(service.setAltText(mediaId, QStringLiteral("alt"))));
-    const XPostResult posted = run(service.postTweet({.text = QStringLiteral("with media"), .mediaIds = {mediaId}}));
+    PostMedia media;
+    media.type = MediaType::image;
+    media.originalPath = QUrl::fromLocalFile(makeFile(QStringLiteral("a.jpg"), 1000));
+    media.altText = QStringLiteral("alt");
+    const XPostResult posted = run(service.post(QStringLiteral("with media"), {media}));
     EXPECT_FALSE(posted.id.isEmpty());
-    EXPECT_EQ(bodyOf(server.requestsTo("/2/tweets").at(0))["media"]["media_ids"][0], mediaId.toStdString());
+    EXPECT_EQ(server.requestsTo("/2/media/metadata").size(), 1u);
+    const std::string mediaId = bodyOf(server.requestsTo("/2/tweets").at(0))["media"]["media_ids"][0];
+    EXPECT_EQ(server.uploadedBytes(QByteArray::fromStdString(mediaId)), 1000);
 }
 
 TEST_F(XServiceTest, surfacesTheRateLimitResetTime)

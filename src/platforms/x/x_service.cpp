@@ -13,21 +13,21 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 namespace {
 
 // Nothing when the body is not a JSON object.
-std::optional<Json> parseObject(const QByteArray& body)
+std::optional<OrderedJson> parseObject(const QByteArray& body)
 {
-    Json json = Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
+    OrderedJson json = OrderedJson::parse(body.constData(), body.constData() + body.size(), nullptr, false);
     if (json.is_discarded() || !json.is_object())
         return std::nullopt;
     return json;
 }
 
 // data.<key> as text (X sends ids as strings; a number is accepted too).
-QString dataString(const Json& json, const char* key)
+QString dataString(const OrderedJson& json, const char* key)
 {
     const auto data = json.find("data");
     if (data == json.end() || !data->is_object())
@@ -47,7 +47,7 @@ QString bodyOrNoData(const QByteArray& body)
     return body.isEmpty() ? u"no data"_s : QString::fromUtf8(body);
 }
 
-QByteArray toBytes(const Json& json)
+QByteArray toBytes(const OrderedJson& json)
 {
     return QByteArray::fromStdString(json.dump());
 }
@@ -130,13 +130,61 @@ std::optional<QDateTime> XService::rateLimitReset(const OAuthAnswer& answer)
     return QDateTime::fromSecsSinceEpoch(*chosen, Qt::UTC);
 }
 
+QCoro::Task<QString> XService::uploadMedia(PostMedia item, StateCallback onStateChange, XPublishState position)
+{
+    co_return co_await uploadFile(item.localFile(), item.isVideo(), std::move(onStateChange), position);
+}
+
+QCoro::Task<XPostResult> XService::post(QString text, QList<PostMedia> mediaItems, QString replyTo, QString quoteOf,
+                                        QString communityId, bool shareWithFollowers, StateCallback onStateChange)
+{
+    const auto report = [&](XPublishState state) {
+        if (onStateChange)
+            onStateChange(state);
+    };
+    XTweet tweet{text, {}, replyTo, quoteOf, communityId, shareWithFollowers};
+    for (int i = 0; i < mediaItems.size(); ++i) {
+        XPublishState position{XPublishState::Phase::uploadingMedia, i, int(mediaItems.size()), 0};
+        const QString mediaId = co_await uploadMedia(mediaItems[i], onStateChange, position);
+        const QString alt = mediaItems[i].altText.value_or(QString()).trimmed();
+        if (!alt.isEmpty()) {
+            position.phase = XPublishState::Phase::settingAltText;
+            report(position);
+            co_await setAltText(mediaId, alt);
+        }
+        tweet.mediaIds.append(mediaId);
+    }
+    throwIfCancelled();
+    report({XPublishState::Phase::posting, 0, int(mediaItems.size()), 0});
+    const XPostResult result = co_await postTweet(std::move(tweet));
+    report({XPublishState::Phase::posted, 0, int(mediaItems.size()), 1});
+    co_return result;
+}
+
+QCoro::Task<QList<XPostResult>> XService::postThread(QList<Post> thread, bool shareWithFollowers,
+                                                     StateCallback onStateChange)
+{
+    QList<XPostResult> results;
+    QString previous;
+    for (const Post& item : std::as_const(thread)) {
+        throwIfCancelled();
+        const QString quoteOf = item.quoteContext ? item.quoteContext->idOn(PlatformType::x).value_or(QString()) : QString();
+        const QString community = item.communityContext ? item.communityContext->id : QString();
+        const XPostResult result = co_await post(item.text, item.mediaItems, previous, quoteOf, community,
+                                                 shareWithFollowers && !community.isEmpty(), onStateChange);
+        previous = result.id;
+        results.append(result);
+    }
+    co_return results;
+}
+
 QCoro::Task<XPostResult> XService::postTweet(XTweet tweet)
 {
     throwIfCancelled();
-    Json body;
+    OrderedJson body;
     body["text"] = tweet.text.toStdString();
     if (!tweet.mediaIds.isEmpty()) {
-        Json ids = Json::array();
+        OrderedJson ids = OrderedJson::array();
         for (const QString& id : std::as_const(tweet.mediaIds))
             ids.push_back(id.toStdString());
         body["media"] = {{"media_ids", ids}};
@@ -197,7 +245,7 @@ QCoro::Task<QString> XService::uploadFile(QString path, bool isVideo, StateCallb
 QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
 {
     throwIfCancelled();
-    Json body;
+    OrderedJson body;
     body["total_bytes"] = totalBytes;
     body["media_type"] = isVideo ? "video/mp4" : "image/jpeg";
     body["media_category"] = isVideo ? "tweet_video" : "tweet_image";
@@ -293,10 +341,10 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
         const auto json = parseObject(answer.body);
         if (!json)
             throw XError(XError::Kind::finalizeFailed, u"Unexpected media status: "_s + bodyOrNoData(answer.body));
-        const Json& data = json->contains("data") ? (*json)["data"] : *json;
+        const OrderedJson& data = json->contains("data") ? (*json)["data"] : *json;
         if (!data.is_object() || !data.contains("processing_info") || !data["processing_info"].is_object())
             co_return; // no processing needed: the media is ready
-        const Json& info = data["processing_info"];
+        const OrderedJson& info = data["processing_info"];
         const std::string state = info.value("state", "");
         if (state == "succeeded")
             co_return;
@@ -327,7 +375,7 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
 
 QCoro::Task<bool> XService::setAltText(QString mediaId, QString text)
 {
-    Json body;
+    OrderedJson body;
     body["id"] = mediaId.toStdString();
     body["metadata"] = {{"alt_text", {{"text", text.toStdString()}}}};
     const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/media/metadata"_s), toBytes(body));

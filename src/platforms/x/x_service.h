@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/post.h"
 #include "platforms/oauth/oauth_client.h"
 #include "platforms/x/x_error.h"
 #include "platforms/x/x_publish_state.h"
@@ -76,6 +77,18 @@ public:
     void cancel() { m_cancelled = true; }
     void resetCancellation() { m_cancelled = false; }
     bool isCancelled() const { return m_cancelled; }
+
+    // One tweet: its media uploaded in order (alt text set where given), then the post.
+    // replyTo is the previous tweet of a thread. Throws XError.
+    QCoro::Task<XPostResult> post(QString text, QList<PostMedia> mediaItems, QString replyTo = {},
+                                  QString quoteOf = {}, QString communityId = {}, bool shareWithFollowers = false,
+                                  StateCallback onStateChange = {});
+    // A thread in order, each tweet answering the one before. shareWithFollowers applies
+    // to posts that go to a community. Throws XError; tweets already posted stay posted.
+    QCoro::Task<QList<XPostResult>> postThread(QList<Post> thread, bool shareWithFollowers = false,
+                                               StateCallback onStateChange = {});
+    // Uploads one media item and returns its media id. Throws XError.
+    QCoro::Task<QString> uploadMedia(PostMedia item, StateCallback onStateChange = {}, XPublishState position = {});
 
     // POST /2/tweets. Throws XError.
     QCoro::Task<XPostResult> postTweet(XTweet tweet);
