@@ -1,6 +1,7 @@
 #include "scheduling/bluesky_character_counter.h"
 
 #include "scheduling/graphemes.h"
+#include "scheduling/text_tokens.h"
 
 #include <QList>
 #include <QRegularExpression>
@@ -36,10 +37,11 @@ const QRegularExpression& urlPattern()
     return pattern;
 }
 
+// The client's pattern for a link at the start of a line is a line feed, whitespace, then
+// this body; the tokens it can match are found by startsLine().
 const QRegularExpression& lineStartUrlPattern()
 {
-    static const QRegularExpression pattern(u"\n+\\s*("_s + urlBody() + u")"_s,
-                                            QRegularExpression::UseUnicodePropertiesOption);
+    static const QRegularExpression pattern(urlBody(), QRegularExpression::UseUnicodePropertiesOption);
     return pattern;
 }
 
@@ -83,18 +85,33 @@ struct Span {
     qsizetype end;
 };
 
+// Whether the whitespace before the token holds a line feed: the client also looks for
+// links at the start of every line but the first.
+bool startsLine(const QString& text, qsizetype tokenStart)
+{
+    for (qsizetype i = tokenStart - 1; i >= 0 && text.at(i).isSpace(); --i) {
+        if (text.at(i) == u'\n')
+            return true;
+    }
+    return false;
+}
+
 QList<Span> linkSpans(const QString& text)
 {
     QList<Span> spans;
-    auto urls = urlPattern().globalMatch(text);
-    while (urls.hasNext()) {
-        const auto match = urls.next();
-        spans.append({match.capturedStart(), match.capturedEnd()});
-    }
-    auto lineStarts = lineStartUrlPattern().globalMatch(text);
-    while (lineStarts.hasNext()) {
-        const auto match = lineStarts.next();
-        spans.append({match.capturedStart(1), match.capturedEnd(1)});
+    // A link holds no whitespace and at least one dot, so only such tokens are searched.
+    for (const TextTokens::Token& token : TextTokens::containing(text, u'.')) {
+        auto urls = urlPattern().globalMatch(token.text);
+        while (urls.hasNext()) {
+            const auto match = urls.next();
+            spans.append({token.start + match.capturedStart(), token.start + match.capturedEnd()});
+        }
+        if (!startsLine(text, token.start))
+            continue;
+        const auto lineStart = lineStartUrlPattern().match(token.text, 0, QRegularExpression::NormalMatch,
+                                                           QRegularExpression::AnchorAtOffsetMatchOption);
+        if (lineStart.hasMatch())
+            spans.append({token.start, token.start + lineStart.capturedLength()});
     }
     std::sort(spans.begin(), spans.end(), [](Span a, Span b) { return a.start < b.start; });
     QList<Span> disjoint;
@@ -109,11 +126,8 @@ QList<Span> linkSpans(const QString& text)
 QString BlueskyCharacterCounter::sentText(QStringView text)
 {
     QString repaired = text.toString();
-    if (repaired.contains(u'\n'))
+    if (repaired.contains(u'\n') && repaired.contains(u"://"_s))
         repaired.replace(repairPattern(), u"\\1 \\2"_s);
-    if (!repaired.contains(u'.'))
-        return repaired; // no host, so no link
-
     QString sent;
     sent.reserve(repaired.size());
     qsizetype copied = 0;

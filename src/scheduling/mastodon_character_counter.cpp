@@ -1,6 +1,7 @@
 #include "scheduling/mastodon_character_counter.h"
 
 #include "scheduling/graphemes.h"
+#include "scheduling/text_tokens.h"
 #include "scheduling/url_finder.h"
 
 #include <QRegularExpression>
@@ -31,11 +32,12 @@ QList<Entity> entities(QStringView text)
     QList<Entity> found;
     for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::Required))
         found.append({link.start, link.end(), QString(MastodonCharacterCounter::LinkLength, u'x')});
-    if (text.contains(u'@')) {
-        auto mentions = remoteMentionPattern().globalMatch(text);
+    for (const TextTokens::Token& token : TextTokens::containing(text, u'@')) {
+        auto mentions = remoteMentionPattern().globalMatch(token.text);
         while (mentions.hasNext()) {
             const auto match = mentions.next();
-            found.append({match.capturedStart(), match.capturedEnd(), u'@' + match.captured(1)});
+            found.append({token.start + match.capturedStart(), token.start + match.capturedEnd(),
+                          u'@' + match.captured(1)});
         }
     }
     // Where a link and a mention overlap, the one that starts first wins.

@@ -1,5 +1,7 @@
 #include "scheduling/url_finder.h"
 
+#include "scheduling/text_tokens.h"
+
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -164,21 +166,24 @@ qsizetype trimmedEnd(QStringView text, qsizetype restStart, qsizetype end)
 QList<UrlFinder::Range> UrlFinder::find(QStringView text, Scheme scheme)
 {
     QList<Range> ranges;
-    auto matches = candidatePattern(scheme).globalMatch(text);
-    while (matches.hasNext()) {
-        const QRegularExpressionMatch match = matches.next();
-        const bool hasScheme = match.capturedLength(1) > 0;
-        const qsizetype start = match.capturedStart(0);
-        if (start > 0 && isForbiddenBefore(text.at(start - 1), hasScheme))
-            continue;
-        const bool hasRest = match.capturedLength(4) > 0;
-        qsizetype end = match.capturedEnd(0);
-        if (hasRest)
-            end = trimmedEnd(text, match.capturedStart(4), end);
-        const bool hasPath = hasRest && end > match.capturedStart(4);
-        if (!isValidHost(match.capturedView(2), hasScheme, hasPath))
-            continue;
-        ranges.append({start, end - start});
+    for (const TextTokens::Token& token : TextTokens::containing(text, u'.')) {
+        auto matches = candidatePattern(scheme).globalMatch(token.text);
+        while (matches.hasNext()) {
+            const QRegularExpressionMatch match = matches.next();
+            const bool hasScheme = match.capturedLength(1) > 0;
+            const qsizetype start = token.start + match.capturedStart(0);
+            if (start > 0 && isForbiddenBefore(text.at(start - 1), hasScheme))
+                continue;
+            const bool hasRest = match.capturedLength(4) > 0;
+            const qsizetype restStart = token.start + match.capturedStart(4);
+            qsizetype end = token.start + match.capturedEnd(0);
+            if (hasRest)
+                end = trimmedEnd(text, restStart, end);
+            const bool hasPath = hasRest && end > restStart;
+            if (!isValidHost(match.capturedView(2), hasScheme, hasPath))
+                continue;
+            ranges.append({start, end - start});
+        }
     }
     return ranges;
 }

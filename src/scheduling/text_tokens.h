@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QList>
+#include <QStringView>
+
+// The maximal runs of non-whitespace in a text. Links and mentions never contain
+// whitespace, so their patterns only need to run over the few tokens that hold the
+// character they cannot do without ('.' for a host, '@' for a mention).
+class TextTokens {
+public:
+    struct Token {
+        qsizetype start = 0;
+        QStringView text;
+    };
+
+    static QList<Token> containing(QStringView text, QChar needed);
+};
