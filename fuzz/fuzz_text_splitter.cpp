@@ -48,6 +48,15 @@ void checkInContext(const QString& text, const QStringList& pieces, qsizetype bo
         start += piece.size();
     }
 }
+// Graphemes::count skips the finder when every code point stands alone; it must agree.
+void checkCount(const QString& text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype clusters = 0;
+    while (finder.toNextBoundary() != -1)
+        ++clusters;
+    check(Graphemes::count(text) == clusters);
+}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -58,6 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QString text = decode(data[0] & 1, data + 3, size - 3);
     const qsizetype bound = std::max<qsizetype>(limit, 1);
 
+    checkCount(text);
     const QStringList pieces = TextSplitter::chunk(text, limit);
     check(pieces.join(QString()) == text);
     checkInContext(text, pieces, bound);
