@@ -133,10 +133,13 @@ QString BlueskyCharacterCounter::sentText(QStringView text)
     qsizetype copied = 0;
     for (const Span span : linkSpans(repaired)) {
         const QString candidate = repaired.sliced(span.start, span.end - span.start);
-        if (!isLinkable(candidate))
+        const QString shown = displayForm(candidate);
+        // A link shown as typed leaves the text as it is, linked or not; only the others
+        // need the (costly) check that they really are links.
+        if (shown == candidate || !isLinkable(candidate))
             continue;
         sent += QStringView(repaired).sliced(copied, span.start - copied);
-        sent += displayForm(candidate);
+        sent += shown;
         copied = span.end;
     }
     sent += QStringView(repaired).sliced(copied);
