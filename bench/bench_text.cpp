@@ -28,12 +28,23 @@ const QStringList& words()
     return list;
 }
 
-QString mixedText(qsizetype utf8Bytes)
+// Everyday Latin-script posts: words, a link, a mention, a single-code-point emoji.
+const QStringList& latinWords()
+{
+    static const QStringList list = {
+        u"Shipping"_s, u"the"_s, u"new"_s, u"release"_s, u"today,"_s, u"with"_s, u"faster"_s, u"exports"_s,
+        u"and"_s, u"fewer"_s, u"crashes."_s, u"Thanks"_s, u"@alice@example.social"_s, u"for"_s, u"testing!"_s,
+        u"Notes:"_s, u"https://example.com/blog/release-notes"_s, u"\U0001F680"_s, u"café"_s, u"déjà"_s, u"vu."_s,
+    };
+    return list;
+}
+
+QString mixedText(qsizetype utf8Bytes, const QStringList& from = words())
 {
     QString text;
     qsizetype bytes = 0;
     for (qsizetype i = 0; bytes < utf8Bytes; ++i) {
-        const QString& word = words().at(i % words().size());
+        const QString& word = from.at(i % from.size());
         text += word;
         text += u' ';
         bytes += word.toUtf8().size() + 1;
@@ -55,10 +66,10 @@ void splitOneMebibyte(benchmark::State& state)
 }
 BENCHMARK(splitOneMebibyte)->Unit(benchmark::kMillisecond);
 
-// 10,000 posts of exactly 280 user-perceived characters each, cut from the mixed text.
-QStringList posts280()
+// 10,000 posts of exactly 280 user-perceived characters each, cut from a long text.
+QStringList posts280(const QStringList& from = words())
 {
-    const QString text = mixedText(12 * 1024 * 1024);
+    const QString text = mixedText(12 * 1024 * 1024, from);
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     QStringList posts;
     qsizetype start = 0;
@@ -91,6 +102,22 @@ void countAllNetworks(benchmark::State& state)
     state.counters["posts"] = double(posts.size());
 }
 BENCHMARK(countAllNetworks)->Unit(benchmark::kMillisecond);
+
+void countAllNetworksLatin(benchmark::State& state)
+{
+    const QStringList posts = posts280(latinWords());
+    for (auto _ : state) {
+        qsizetype total = 0;
+        for (const QString& post : posts) {
+            total += XCharacterCounter::count(post).length;
+            total += BlueskyCharacterCounter::count(post).length;
+            total += MastodonCharacterCounter::count(post).length;
+        }
+        benchmark::DoNotOptimize(total);
+    }
+    state.counters["posts"] = double(posts.size());
+}
+BENCHMARK(countAllNetworksLatin)->Unit(benchmark::kMillisecond);
 
 template <typename Count>
 void countOneNetwork(benchmark::State& state, Count count)

@@ -100,7 +100,7 @@ QList<Span> linkSpans(const QString& text)
 {
     QList<Span> spans;
     // A link holds no whitespace and at least one dot, so only such tokens are searched.
-    for (const TextTokens::Token& token : TextTokens::containing(text, u'.')) {
+    for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
         auto urls = urlPattern().globalMatch(token.text);
         while (urls.hasNext()) {
             const auto match = urls.next();

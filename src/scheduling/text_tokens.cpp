@@ -15,3 +15,19 @@ QList<TextTokens::Token> TextTokens::containing(QStringView text, QChar needed)
     }
     return tokens;
 }
+
+QList<TextTokens::Token> TextTokens::withInnerDot(QStringView text)
+{
+    QList<Token> tokens = containing(text, u'.');
+    tokens.removeIf([](const Token& token) {
+        for (qsizetype dot = token.text.indexOf(u'.'); dot != -1; dot = token.text.indexOf(u'.', dot + 1)) {
+            if (dot + 1 == token.text.size())
+                return true;
+            const QChar next = token.text.at(dot + 1);
+            if (!next.isPunct() || next == u'-' || next == u'_')
+                return false;
+        }
+        return true;
+    });
+    return tokens;
+}

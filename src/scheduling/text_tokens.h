@@ -14,4 +14,7 @@ public:
     };
 
     static QList<Token> containing(QStringView text, QChar needed);
+    // Tokens where a dot is followed by something that can start a domain label, so that a
+    // word ending a sentence is not searched for a host.
+    static QList<Token> withInnerDot(QStringView text);
 };

@@ -166,7 +166,7 @@ qsizetype trimmedEnd(QStringView text, qsizetype restStart, qsizetype end)
 QList<UrlFinder::Range> UrlFinder::find(QStringView text, Scheme scheme)
 {
     QList<Range> ranges;
-    for (const TextTokens::Token& token : TextTokens::containing(text, u'.')) {
+    for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
         auto matches = candidatePattern(scheme).globalMatch(token.text);
         while (matches.hasNext()) {
             const QRegularExpressionMatch match = matches.next();
