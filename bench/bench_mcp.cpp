@@ -3,7 +3,10 @@
 #include "app/app_paths.h"
 #include "app/preferences/preference_store.h"
 #include "mcp/mcp_server.h"
-#include "mcp/mcp_tool_catalogue.h"
+#include "mcp/mcp_command_sender.h"
+#include "mcp/mcp_log.h"
+#include "mcp/mcp_state_reader.h"
+#include "mcp/mcp_tool_handlers.h"
 
 #include <QTemporaryDir>
 
@@ -134,7 +137,12 @@ void BM_HandlePing(benchmark::State& state)
 {
     QTemporaryDir home;
     PreferenceStore preferences(AppPaths::underHome(home.path()));
-    MCPToolCatalogue tools;
+    struct NoSender : MCPCommandSender {
+        Outcome send(const QUrl&) override { return {}; }
+    } sender;
+    MCPStateReader stored(preferences);
+    const MCPLog log(false);
+    MCPToolHandlers tools(stored, sender, log);
     MCPServer server(preferences, tools);
     const std::string ping = R"({"jsonrpc":"2.0","id":42,"method":"ping"})";
     for (auto _ : state)

@@ -16,7 +16,9 @@
 #include "mcp/mcp_server.h"
 #include "mcp/mcp_stdio_session.h"
 #include "mcp/mcp_stdio_transport.h"
-#include "mcp/mcp_tool_catalogue.h"
+#include "mcp/channel_command_sender.h"
+#include "mcp/mcp_state_reader.h"
+#include "mcp/mcp_tool_handlers.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 
 #include <QCoreApplication>
@@ -36,7 +38,9 @@ int runMcpStdio(const LaunchOptions& options)
 
     const AppPaths paths = AppPaths::fromEnvironment();
     PreferenceStore preferences(paths);
-    MCPToolCatalogue tools;
+    MCPStateReader state(preferences);
+    ChannelCommandSender commands(paths);
+    MCPToolHandlers tools(state, commands, log);
     MCPServer server(preferences, tools);
     MCPStdioTransport transport(STDIN_FILENO, STDOUT_FILENO, log);
     return MCPStdioSession(transport, server, log).run();

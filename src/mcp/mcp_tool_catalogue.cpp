@@ -1,17 +1,14 @@
 #include "mcp/mcp_tool_catalogue.h"
 
-const std::vector<MCPTool>& MCPToolCatalogue::tools() const
-{
-    static const std::vector<MCPTool> none;
-    return none;
-}
+#include "mcp/tool_catalogue_json.h"
 
-MCPToolResult MCPToolCatalogue::callTool(const std::string& name, const Json&)
+const std::vector<MCPTool>& MCPToolCatalogue::tools()
 {
-    return {"Unknown tool: " + name, true};
-}
-
-Json MCPToolCatalogue::resourceContent(const std::string&)
-{
-    return Json::array();
+    static const std::vector<MCPTool> catalogue = [] {
+        std::vector<MCPTool> list;
+        for (const Json& entry : Json::parse(kToolCatalogueJson))
+            list.push_back({entry.at("name"), entry.at("description"), entry.at("inputSchema")});
+        return list;
+    }();
+    return catalogue;
 }

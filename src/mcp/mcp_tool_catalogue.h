@@ -1,11 +1,12 @@
 #pragma once
 
-#include "mcp/mcp_tool_provider.h"
+#include "mcp/mcp_tool.h"
 
-// The tools Quillo offers to AI editors.
-class MCPToolCatalogue : public MCPToolProvider {
+#include <vector>
+
+// The sixteen tools Quillo offers to AI editors, in the order tools/list shows them.
+// Their descriptions are what the assistant reads, so they are part of the contract.
+class MCPToolCatalogue {
 public:
-    const std::vector<MCPTool>& tools() const override;
-    MCPToolResult callTool(const std::string& name, const Json& arguments) override;
-    Json resourceContent(const std::string& uri) override;
+    static const std::vector<MCPTool>& tools();
 };

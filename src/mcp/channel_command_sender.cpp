@@ -1,0 +1,15 @@
+#include "mcp/channel_command_sender.h"
+
+#include "commands/command_channel_client.h"
+
+ChannelCommandSender::ChannelCommandSender(AppPaths paths)
+    : m_paths(std::move(paths))
+{
+}
+
+MCPCommandSender::Outcome ChannelCommandSender::send(const QUrl& url)
+{
+    CommandChannelClient client(m_paths);
+    const CommandOutcome outcome = client.send(url.toString(QUrl::FullyEncoded));
+    return {outcome.ok, outcome.message.toStdString()};
+}

@@ -1,0 +1,77 @@
+#include "mcp/mcp_state_reader.h"
+
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "model/coding_error.h"
+
+#include <QFile>
+
+#include <stdexcept>
+
+#include <sys/stat.h>
+
+namespace {
+
+template <typename Decode>
+auto decodeDocument(PreferenceStore& preferences, const QString& key, const char* what, Decode decode)
+{
+    const auto bytes = preferences.data(key);
+    if (!bytes)
+        return decltype(decode(QByteArray()))();
+    try {
+        return decode(*bytes);
+    } catch (const CodingError& error) {
+        throw std::runtime_error(std::string("The stored ") + what + " could not be read: " + error.message().toStdString());
+    }
+}
+
+} // namespace
+
+MCPStateReader::MCPStateReader(PreferenceStore& preferences)
+    : m_preferences(preferences)
+{
+}
+
+MCPStateReader::FileStamp MCPStateReader::stamp(const QString& path) const
+{
+    struct stat info = {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return {};
+    return {true, info.st_ino, info.st_size, info.st_mtim.tv_sec * 1000000000LL + info.st_mtim.tv_nsec};
+}
+
+const QList<ScheduledPost>& MCPStateReader::scheduledPosts()
+{
+    const QString key = PreferenceKeys::ScheduledPosts;
+    const FileStamp current = stamp(m_preferences.dataPath(key));
+    if (m_postsStamp == current)
+        return m_posts;
+    m_posts = decodeDocument(m_preferences, key, "scheduled posts",
+                             [](const QByteArray& bytes) { return ScheduledPost::decodeList(bytes); });
+    m_postsStamp = current;
+    return m_posts;
+}
+
+const QList<SocialAccount>& MCPStateReader::accounts()
+{
+    const QString key = PreferenceKeys::SocialAccounts;
+    const FileStamp current = stamp(m_preferences.dataPath(key));
+    if (m_accountsStamp == current)
+        return m_accounts;
+    m_accounts = decodeDocument(m_preferences, key, "accounts",
+                                [](const QByteArray& bytes) { return SocialAccount::decodeList(bytes); });
+    m_accountsStamp = current;
+    return m_accounts;
+}
+
+QList<PlatformType> MCPStateReader::enabledPlatforms()
+{
+    m_preferences.sync();
+    QList<PlatformType> platforms;
+    const QStringList stored = m_preferences.stringListValue(PreferenceKeys::SocialPlatforms).value_or(QStringList());
+    for (const QString& name : stored) {
+        if (const auto platform = platformTypeFromRawValue(name))
+            platforms.append(*platform);
+    }
+    return platforms;
+}
