@@ -1,17 +1,19 @@
 #include "model/accounts_backup.h"
 
-Json AccountsBackup::toJson(DateEncoding dates) const
+void AccountsBackup::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    Json list = Json::array();
+    writer.beginObject();
+    writer.key("accounts");
+    writer.beginArray();
     for (const SocialAccount& account : accounts)
-        list.push_back(account.toJson(dates));
-    json["accounts"] = std::move(list);
-    Json platforms = Json::array();
+        account.write(writer);
+    writer.endArray();
+    writer.key("enabledPlatforms");
+    writer.beginArray();
     for (const PlatformType platform : enabledPlatforms)
-        platforms.push_back(JsonValues::utf8(rawValue(platform)));
-    json["enabledPlatforms"] = std::move(platforms);
-    return json;
+        writer.string(rawValue(platform));
+    writer.endArray();
+    writer.endObject();
 }
 
 AccountsBackup AccountsBackup::decode(const JsonReader& reader)
@@ -30,11 +32,14 @@ AccountsBackup AccountsBackup::decode(const JsonReader& reader)
 
 QByteArray AccountsBackup::encode(JsonLayout layout) const
 {
-    return JsonValues::dump(toJson(DateEncoding::iso8601), layout);
+    JsonWriter writer(layout, DateEncoding::iso8601);
+    write(writer);
+    if (layout == JsonLayout::prettySortedKeys)
+        return JsonValues::dump(JsonValues::parse(writer.toByteArray()), layout);
+    return writer.toByteArray();
 }
 
 AccountsBackup AccountsBackup::decodeDocument(const QByteArray& document)
 {
-    const Json json = JsonValues::parse(document);
-    return decode(JsonReader(json, DateEncoding::iso8601));
+    return JsonReader::read(document, DateEncoding::iso8601, &AccountsBackup::decode);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/platform_type.h"
+#include "model/json_writer.h"
 #include "model/social_account.h"
 
 #include <QByteArray>
@@ -14,7 +15,8 @@ struct AccountsBackup {
 
     bool operator==(const AccountsBackup&) const = default;
 
-    Json toJson(DateEncoding dates = DateEncoding::iso8601) const;
+    void write(JsonWriter& writer) const;
+    Json toJson(DateEncoding dates = DateEncoding::iso8601) const { return toJsonValue(*this, dates); }
     static AccountsBackup decode(const JsonReader& reader);
 
     QByteArray encode(JsonLayout layout = JsonLayout::pretty) const;

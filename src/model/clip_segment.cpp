@@ -1,12 +1,15 @@
 #include "model/clip_segment.h"
 
-Json ClipSegment::toJson() const
+void ClipSegment::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["id"] = JsonValues::uuidText(id);
-    json["start"] = JsonValues::number(start);
-    json["end"] = JsonValues::number(end);
-    return json;
+    writer.beginObject();
+    writer.key("id");
+    writer.uuid(id);
+    writer.key("start");
+    writer.number(start);
+    writer.key("end");
+    writer.number(end);
+    writer.endObject();
 }
 
 ClipSegment ClipSegment::decode(const JsonReader& reader)

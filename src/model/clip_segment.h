@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 
 #include <QUuid>
 
@@ -13,6 +14,7 @@ struct ClipSegment {
     bool operator==(const ClipSegment&) const = default;
     double duration() const { return end - start; }
 
-    Json toJson() const;
+    void write(JsonWriter& writer) const;
+    Json toJson() const { return toJsonValue(*this); }
     static ClipSegment decode(const JsonReader& reader);
 };

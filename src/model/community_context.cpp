@@ -4,24 +4,28 @@ namespace {
 
 CommunityPlatform decodeCommunityPlatform(const JsonReader& reader)
 {
-    const Json& value = reader.json();
-    if (value.is_string() && value.get_ref<const std::string&>() == "x")
+    if (reader.isString() && reader.utf8() == "x")
         return CommunityPlatform::x;
     // The case-keyed form of an enumeration without raw values is read as well.
-    if (value.is_object() && value.size() == 1 && value.contains("x") && value["x"].is_object())
-        return CommunityPlatform::x;
+    if (reader.isObject() && reader.memberCount() == 1) {
+        if (const auto x = reader.optional("x"); x && x->isObject())
+            return CommunityPlatform::x;
+    }
     reader.fail(CodingError::Kind::invalidValue, QStringLiteral("a community platform (\"x\")"));
 }
 
 } // namespace
 
-Json CommunityContext::toJson() const
+void CommunityContext::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["id"] = JsonValues::utf8(id);
-    json["name"] = JsonValues::utf8(name);
-    json["platform"] = "x";
-    return json;
+    writer.beginObject();
+    writer.key("id");
+    writer.string(id);
+    writer.key("name");
+    writer.string(name);
+    writer.key("platform");
+    writer.string(std::string_view("x"));
+    writer.endObject();
 }
 
 CommunityContext CommunityContext::decode(const JsonReader& reader)

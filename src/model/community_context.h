@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 
 #include <QString>
 
@@ -15,6 +16,7 @@ struct CommunityContext {
 
     bool operator==(const CommunityContext&) const = default;
 
-    Json toJson() const;
+    void write(JsonWriter& writer) const;
+    Json toJson() const { return toJsonValue(*this); }
     static CommunityContext decode(const JsonReader& reader);
 };

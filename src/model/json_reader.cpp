@@ -2,18 +2,61 @@
 
 #include <cmath>
 
-JsonReader::JsonReader(const Json& value, DateEncoding dates)
-    : m_value(&value)
+namespace {
+
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+// The 36-character hyphenated form, either case.
+std::optional<QUuid> parseUuid(std::string_view text)
+{
+    if (text.size() != 36)
+        return std::nullopt;
+    unsigned char bytes[16];
+    size_t at = 0;
+    for (int i = 0; i < 16; ++i) {
+        if (at == 8 || at == 13 || at == 18 || at == 23) {
+            if (text[at] != '-')
+                return std::nullopt;
+            ++at;
+        }
+        const int high = hexDigit(text[at]);
+        const int low = hexDigit(text[at + 1]);
+        if (high < 0 || low < 0)
+            return std::nullopt;
+        bytes[i] = static_cast<unsigned char>(high << 4 | low);
+        at += 2;
+    }
+    const uint data1 = uint(bytes[0]) << 24 | uint(bytes[1]) << 16 | uint(bytes[2]) << 8 | bytes[3];
+    const auto data2 = static_cast<ushort>(bytes[4] << 8 | bytes[5]);
+    const auto data3 = static_cast<ushort>(bytes[6] << 8 | bytes[7]);
+    return QUuid(data1, data2, data3, bytes[8], bytes[9], bytes[10], bytes[11], bytes[12], bytes[13], bytes[14],
+                 bytes[15]);
+}
+
+} // namespace
+
+JsonReader::JsonReader(const JsonTape& tape, DateEncoding dates)
+    : m_tape(&tape)
     , m_dates(dates)
 {
 }
 
-JsonReader::JsonReader(const Json& value, const JsonReader* parent, const char* key, size_t index)
-    : m_value(&value)
-    , m_dates(parent->m_dates)
-    , m_parent(parent)
-    , m_key(key)
+JsonReader::JsonReader(const JsonReader& parent, std::uint32_t index, std::string_view key, size_t position)
+    : m_tape(parent.m_tape)
     , m_index(index)
+    , m_dates(parent.m_dates)
+    , m_parent(&parent)
+    , m_key(key)
+    , m_position(position)
 {
 }
 
@@ -22,9 +65,11 @@ QString JsonReader::path() const
     if (!m_parent)
         return {};
     const QString parent = m_parent->path();
-    if (m_key)
-        return parent.isEmpty() ? QString::fromUtf8(m_key) : parent + u'.' + QString::fromUtf8(m_key);
-    return parent + u'[' + QString::number(m_index) + u']';
+    if (m_parent->isObject()) {
+        const QString key = QString::fromUtf8(m_key.data(), static_cast<qsizetype>(m_key.size()));
+        return parent.isEmpty() ? key : parent + u'.' + key;
+    }
+    return parent + u'[' + QString::number(m_position) + u']';
 }
 
 void JsonReader::fail(CodingError::Kind kind, const QString& detail) const
@@ -34,60 +79,78 @@ void JsonReader::fail(CodingError::Kind kind, const QString& detail) const
 
 void JsonReader::expectObject() const
 {
-    if (!m_value->is_object())
+    if (!isObject())
         fail(CodingError::Kind::wrongType, QStringLiteral("an object"));
 }
 
 void JsonReader::expectArray() const
 {
-    if (!m_value->is_array())
+    if (!isArray())
         fail(CodingError::Kind::wrongType, QStringLiteral("an array"));
 }
 
-std::optional<JsonReader> JsonReader::optional(const char* key) const
+std::optional<JsonReader> JsonReader::optional(std::string_view key) const
 {
     expectObject();
-    const auto found = m_value->find(key);
-    if (found == m_value->end() || found->is_null())
+    std::uint32_t found = 0;
+    std::string_view foundKey;
+    for (std::uint32_t i = m_index + 1; i < node().end;) {
+        const std::string_view candidate = m_tape->text(i);
+        if (candidate == key) {
+            found = i + 1;
+            foundKey = candidate;
+        }
+        i = m_tape->next(i + 1);
+    }
+    if (found == 0 || m_tape->node(found).type == JsonTape::Type::null)
         return std::nullopt;
-    return JsonReader(*found, this, key, 0);
+    return JsonReader(*this, found, foundKey, 0);
 }
 
-JsonReader JsonReader::operator[](const char* key) const
+JsonReader JsonReader::operator[](std::string_view key) const
 {
     auto member = optional(key);
     if (!member)
-        fail(CodingError::Kind::missingKey, QString::fromUtf8(key));
+        fail(CodingError::Kind::missingKey, QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size())));
     return *member;
-}
-
-JsonReader JsonReader::at(size_t index) const
-{
-    expectArray();
-    if (index >= m_value->size())
-        fail(CodingError::Kind::wrongType, QStringLiteral("an element at index ") + QString::number(index));
-    return JsonReader((*m_value)[index], this, nullptr, index);
 }
 
 size_t JsonReader::arraySize() const
 {
     expectArray();
-    return m_value->size();
+    size_t count = 0;
+    for (std::uint32_t i = m_index + 1; i < node().end; i = m_tape->next(i))
+        ++count;
+    return count;
+}
+
+size_t JsonReader::memberCount() const
+{
+    expectObject();
+    size_t count = 0;
+    for (std::uint32_t i = m_index + 1; i < node().end; i = m_tape->next(i + 1))
+        ++count;
+    return count;
+}
+
+std::string_view JsonReader::utf8() const
+{
+    if (!isString())
+        fail(CodingError::Kind::wrongType, QStringLiteral("a string"));
+    return m_tape->text(m_index);
 }
 
 QString JsonReader::string() const
 {
-    const auto* text = m_value->get_ptr<const Json::string_t*>();
-    if (!text)
-        fail(CodingError::Kind::wrongType, QStringLiteral("a string"));
-    return QString::fromUtf8(text->data(), static_cast<qsizetype>(text->size()));
+    const std::string_view text = utf8();
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 double JsonReader::number() const
 {
-    if (!m_value->is_number())
+    if (!isNumber())
         fail(CodingError::Kind::wrongType, QStringLiteral("a number"));
-    const double number = m_value->get<double>();
+    const double number = node().number;
     // An overflowing literal such as 1e999 would load but could never be saved again.
     if (!std::isfinite(number))
         fail(CodingError::Kind::invalidValue, QStringLiteral("a number out of range"));
@@ -96,24 +159,19 @@ double JsonReader::number() const
 
 bool JsonReader::boolean() const
 {
-    if (!m_value->is_boolean())
+    if (!isBoolean())
         fail(CodingError::Kind::wrongType, QStringLiteral("a Boolean"));
-    return m_value->get<bool>();
+    return node().flag;
 }
 
 QUuid JsonReader::uuid() const
 {
-    const auto* text = m_value->get_ptr<const Json::string_t*>();
-    if (!text)
+    if (!isString())
         fail(CodingError::Kind::wrongType, QStringLiteral("a UUID string"));
-    constexpr size_t kUuidLength = 36;
-    const QUuid id = text->size() == kUuidLength
-        ? QUuid::fromString(QLatin1StringView(text->data(), static_cast<qsizetype>(text->size())))
-        : QUuid();
-    // The nil UUID is valid text that parses to a null QUuid.
-    if (id.isNull() && *text != "00000000-0000-0000-0000-000000000000")
-        fail(CodingError::Kind::invalidValue, QStringLiteral("not a UUID: ") + QString::fromStdString(*text));
-    return id;
+    const auto id = parseUuid(m_tape->text(m_index));
+    if (!id)
+        fail(CodingError::Kind::invalidValue, QStringLiteral("not a UUID: ") + string());
+    return *id;
 }
 
 Timestamp JsonReader::date() const
@@ -127,19 +185,24 @@ Timestamp JsonReader::date() const
     return *parsed;
 }
 
-QUrl JsonReader::fileUrl() const
+FileUrl JsonReader::fileUrl() const
 {
-    QUrl url;
-    if (m_value->is_string()) {
-        url = QUrl(string());
-    } else {
-        url = QUrl((*this)["relative"].string());
-        if (const auto base = optional("base"))
-            url = base->fileUrl().resolved(url);
+    if (isString()) {
+        const QString text = string();
+        if (text.isEmpty())
+            fail(CodingError::Kind::invalidValue, QStringLiteral("an empty URL"));
+        return FileUrl::fromText(text);
     }
-    if (!url.isValid() || url.isEmpty())
-        fail(CodingError::Kind::invalidValue, QStringLiteral("not a URL"));
-    return url;
+    const QString relative = (*this)["relative"].string();
+    if (const auto base = optional("base")) {
+        const QUrl resolved = QUrl(base->fileUrl().text()).resolved(QUrl(relative));
+        if (!resolved.isValid() || resolved.isEmpty())
+            fail(CodingError::Kind::invalidValue, QStringLiteral("not a URL"));
+        return FileUrl(resolved);
+    }
+    if (relative.isEmpty())
+        fail(CodingError::Kind::invalidValue, QStringLiteral("an empty URL"));
+    return FileUrl::fromText(relative);
 }
 
 QStringList JsonReader::stringList() const

@@ -1,57 +1,94 @@
 #pragma once
 
 #include "model/coding_error.h"
+#include "model/file_url.h"
+#include "model/json_tape.h"
 #include "model/json_values.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
-#include <QUrl>
+#include <QStringList>
 #include <QUuid>
 
 #include <optional>
+#include <string_view>
 
-// A read-only view of one value inside a document being decoded. Every accessor
-// checks the shape and throws CodingError naming the path on a mismatch, so a
-// decoder reads like a list of fields and still fails as a whole on bad input.
+// A read-only view of one value inside a parsed document. Every accessor checks the
+// shape and throws CodingError naming the path on a mismatch, so a decoder reads like
+// a list of fields and still fails as a whole on bad input.
 //
 // A child reader refers to its parent to build the path lazily (only when an error
 // is thrown); keep children inside the scope of the reader they came from.
 class JsonReader {
 public:
-    explicit JsonReader(const Json& value, DateEncoding dates = DateEncoding::referenceSeconds);
+    // The document's top-level value.
+    explicit JsonReader(const JsonTape& tape, DateEncoding dates = DateEncoding::referenceSeconds);
 
-    const Json& json() const { return *m_value; }
+    // Parses a document and hands its top-level value to decode(const JsonReader&).
+    template<class Decode>
+    static auto read(const QByteArray& document, DateEncoding dates, Decode decode)
+    {
+        const JsonTape tape = JsonTape::parse(document);
+        return decode(JsonReader(tape, dates));
+    }
+    // The same for a value already held as nlohmann::json.
+    template<class Decode>
+    static auto read(const Json& value, DateEncoding dates, Decode decode)
+    {
+        const std::string text = value.dump();
+        return read(QByteArray(text.data(), static_cast<qsizetype>(text.size())), dates, decode);
+    }
+
     DateEncoding dateEncoding() const { return m_dates; }
 
-    // A required member of an object; missing or null is an error.
-    JsonReader operator[](const char* key) const;
+    JsonTape::Type type() const { return node().type; }
+    bool isNull() const { return type() == JsonTape::Type::null; }
+    bool isBoolean() const { return type() == JsonTape::Type::boolean; }
+    bool isNumber() const { return type() == JsonTape::Type::number; }
+    bool isString() const { return type() == JsonTape::Type::string; }
+    bool isArray() const { return type() == JsonTape::Type::array; }
+    bool isObject() const { return type() == JsonTape::Type::object; }
+
+    // A required member of an object; missing or null is an error. When a key occurs
+    // twice the last one counts.
+    JsonReader operator[](std::string_view key) const;
     // An optional member: nothing when it is missing or null.
-    std::optional<JsonReader> optional(const char* key) const;
-    JsonReader at(size_t index) const;
+    std::optional<JsonReader> optional(std::string_view key) const;
 
     void expectObject() const;
     void expectArray() const;
     size_t arraySize() const;
+    size_t memberCount() const;
 
     QString string() const;
+    std::string_view utf8() const;
     double number() const;
     bool boolean() const;
     QUuid uuid() const;
     Timestamp date() const;
     // The keyed URL form {"relative": ..., "base": ...}; a plain URL string is accepted too.
-    QUrl fileUrl() const;
+    FileUrl fileUrl() const;
     QStringList stringList() const;
+
+    // Calls element(reader) for each element of an array, in order.
+    template<class Element>
+    void forEachElement(Element element) const
+    {
+        expectArray();
+        size_t position = 0;
+        for (std::uint32_t i = m_index + 1; i < node().end; i = m_tape->next(i))
+            element(JsonReader(*this, i, {}, position++));
+    }
 
     // Decodes each element of an array with decode(JsonReader).
     template<class Decode>
     auto list(Decode decode) const
     {
         using Element = decltype(decode(std::declval<const JsonReader&>()));
-        const size_t count = arraySize();
         QList<Element> result;
-        result.reserve(static_cast<qsizetype>(count));
-        for (size_t i = 0; i < count; ++i)
-            result.append(decode(at(i)));
+        result.reserve(static_cast<qsizetype>(arraySize()));
+        forEachElement([&](const JsonReader& element) { result.append(decode(element)); });
         return result;
     }
 
@@ -60,11 +97,15 @@ public:
     template<class Pair>
     void forEachPair(Pair pair) const
     {
-        const size_t count = arraySize();
-        if (count % 2 != 0)
+        if (arraySize() % 2 != 0)
             fail(CodingError::Kind::wrongType, QStringLiteral("an array of alternating keys and values"));
-        for (size_t i = 0; i < count; i += 2)
-            pair(at(i), at(i + 1));
+        size_t position = 0;
+        for (std::uint32_t i = m_index + 1; i < node().end;) {
+            const std::uint32_t value = m_tape->next(i);
+            pair(JsonReader(*this, i, {}, position), JsonReader(*this, value, {}, position + 1));
+            position += 2;
+            i = m_tape->next(value);
+        }
     }
 
     // Calls member(key, valueReader) for each member of an object, in document order.
@@ -72,19 +113,24 @@ public:
     void forEachMember(Member member) const
     {
         expectObject();
-        for (auto it = m_value->begin(); it != m_value->end(); ++it)
-            member(it.key(), JsonReader(it.value(), this, it.key().c_str(), 0));
+        for (std::uint32_t i = m_index + 1; i < node().end;) {
+            const std::string_view key = m_tape->text(i);
+            member(key, JsonReader(*this, i + 1, key, 0));
+            i = m_tape->next(i + 1);
+        }
     }
 
     [[noreturn]] void fail(CodingError::Kind kind, const QString& detail) const;
     QString path() const;
 
 private:
-    JsonReader(const Json& value, const JsonReader* parent, const char* key, size_t index);
+    JsonReader(const JsonReader& parent, std::uint32_t index, std::string_view key, size_t position);
+    const JsonTape::Node& node() const { return m_tape->node(m_index); }
 
-    const Json* m_value;
+    const JsonTape* m_tape;
+    std::uint32_t m_index = 0;
     DateEncoding m_dates;
     const JsonReader* m_parent = nullptr;
-    const char* m_key = nullptr;
-    size_t m_index = 0;
+    std::string_view m_key;
+    size_t m_position = 0;
 };

@@ -2,7 +2,6 @@
 
 #include "model/coding_error.h"
 
-#include <cmath>
 
 namespace JsonValues {
 
@@ -15,34 +14,6 @@ std::string uuidText(const QUuid& id)
 {
     const QByteArray text = id.toByteArray(QUuid::WithoutBraces).toUpper();
     return std::string(text.constData(), static_cast<size_t>(text.size()));
-}
-
-Json number(double value)
-{
-    if (!std::isfinite(value))
-        throw CodingError(CodingError::Kind::unencodable, {}, QStringLiteral("a number that is not finite"));
-    constexpr double kExactIntegerLimit = 9007199254740992.0; // 2^53
-    if (std::trunc(value) == value && std::fabs(value) < kExactIntegerLimit)
-        return static_cast<std::int64_t>(value);
-    return value;
-}
-
-Json date(Timestamp date, DateEncoding encoding)
-{
-    if (encoding == DateEncoding::iso8601) {
-        const QString text = date.toIso8601();
-        if (text.isEmpty())
-            throw CodingError(CodingError::Kind::unencodable, {}, QStringLiteral("a date beyond the calendar"));
-        return utf8(text);
-    }
-    return number(date.referenceSeconds());
-}
-
-Json fileUrl(const QUrl& url)
-{
-    Json keyed = Json::object();
-    keyed["relative"] = utf8(url.toString(QUrl::FullyEncoded));
-    return keyed;
 }
 
 QByteArray dump(const Json& document, JsonLayout layout)

@@ -25,17 +25,11 @@ enum class JsonLayout {
     prettySortedKeys,
 };
 
-// Building blocks of the encoders.
+// Helpers for building nlohmann::json values.
 namespace JsonValues {
 std::string utf8(const QString& text);
 // Upper-case hyphenated text, 36 characters.
 std::string uuidText(const QUuid& id);
-// Whole numbers are written without a fraction, as the stored files have them.
-// Throws CodingError for NaN and infinities, which JSON cannot hold.
-Json number(double value);
-Json date(Timestamp date, DateEncoding encoding);
-// The keyed form of a URL: {"relative": "file:///..."}.
-Json fileUrl(const QUrl& url);
 // Text of a document. Throws CodingError when a string holds invalid UTF-8.
 QByteArray dump(const Json& document, JsonLayout layout);
 // Parses a document; throws CodingError (malformedJson) on bad syntax.

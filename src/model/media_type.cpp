@@ -1,27 +1,31 @@
 #include "model/media_type.h"
 
-Json mediaTypeToJson(MediaType type)
+void writeMediaType(JsonWriter& writer, MediaType type)
 {
-    Json keyed = Json::object();
-    keyed[type == MediaType::image ? "image" : "video"] = Json::object();
-    return keyed;
+    writer.beginObject();
+    writer.key(type == MediaType::image ? "image" : "video");
+    writer.beginObject();
+    writer.endObject();
+    writer.endObject();
 }
 
 MediaType decodeMediaType(const JsonReader& reader)
 {
-    const Json& value = reader.json();
     const auto shapeError = [&] {
         reader.fail(CodingError::Kind::wrongType, QStringLiteral("{\"image\":{}} or {\"video\":{}}"));
     };
-    if (!value.is_object() || value.size() != 1)
+    if (!reader.isObject() || reader.memberCount() != 1)
         shapeError();
-    const auto entry = value.begin();
-    if (!entry.value().is_object() || !entry.value().empty())
+    std::optional<MediaType> type;
+    reader.forEachMember([&](std::string_view key, const JsonReader& value) {
+        if (!value.isObject() || value.memberCount() != 0)
+            return;
+        if (key == "image")
+            type = MediaType::image;
+        else if (key == "video")
+            type = MediaType::video;
+    });
+    if (!type)
         shapeError();
-    if (entry.key() == "image")
-        return MediaType::image;
-    if (entry.key() == "video")
-        return MediaType::video;
-    shapeError();
-    return MediaType::image;
+    return *type;
 }

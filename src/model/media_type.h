@@ -1,10 +1,11 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 
 // Image or video. Stored in the case-keyed form: {"image":{}} or {"video":{}}.
 enum class MediaType { image, video };
 
-Json mediaTypeToJson(MediaType type);
+void writeMediaType(JsonWriter& writer, MediaType type);
 // Accepts exactly the two case-keyed objects; a plain "video" string is an error.
 MediaType decodeMediaType(const JsonReader& reader);

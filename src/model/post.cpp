@@ -9,22 +9,31 @@ Post Post::create(const QString& text, const QList<PostMedia>& media)
     return post;
 }
 
-Json Post::toJson(DateEncoding dates) const
+void Post::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["id"] = JsonValues::uuidText(id);
-    json["text"] = JsonValues::utf8(text);
-    Json media = Json::array();
+    writer.beginObject();
+    writer.key("id");
+    writer.uuid(id);
+    writer.key("text");
+    writer.string(text);
+    writer.key("mediaItems");
+    writer.beginArray();
     for (const PostMedia& item : mediaItems)
-        media.push_back(item.toJson(dates));
-    json["mediaItems"] = std::move(media);
-    if (quoteContext)
-        json["quoteContext"] = quoteContext->toJson();
-    if (communityContext)
-        json["communityContext"] = communityContext->toJson();
-    if (scheduledPostId)
-        json["scheduledPostId"] = JsonValues::uuidText(*scheduledPostId);
-    return json;
+        item.write(writer);
+    writer.endArray();
+    if (quoteContext) {
+        writer.key("quoteContext");
+        quoteContext->write(writer);
+    }
+    if (communityContext) {
+        writer.key("communityContext");
+        communityContext->write(writer);
+    }
+    if (scheduledPostId) {
+        writer.key("scheduledPostId");
+        writer.uuid(*scheduledPostId);
+    }
+    writer.endObject();
 }
 
 Post Post::decode(const JsonReader& reader)
@@ -45,15 +54,22 @@ Post Post::decode(const JsonReader& reader)
 
 Post Post::fromJson(const Json& json, DateEncoding dates)
 {
-    return decode(JsonReader(json, dates));
+    return JsonReader::read(json, dates, &Post::decode);
+}
+
+void Post::writeThread(JsonWriter& writer, const QList<Post>& thread)
+{
+    writer.beginArray();
+    for (const Post& post : thread)
+        post.write(writer);
+    writer.endArray();
 }
 
 Json Post::threadToJson(const QList<Post>& thread, DateEncoding dates)
 {
-    Json array = Json::array();
-    for (const Post& post : thread)
-        array.push_back(post.toJson(dates));
-    return array;
+    JsonWriter writer(JsonLayout::compact, dates);
+    writeThread(writer, thread);
+    return Json::parse(writer.text());
 }
 
 QList<Post> Post::decodeThread(const JsonReader& reader)

@@ -2,6 +2,7 @@
 
 #include "model/community_context.h"
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 #include "model/post_media.h"
 #include "model/quote_context.h"
 
@@ -33,11 +34,13 @@ struct Post {
     // A new post with a fresh id.
     static Post create(const QString& text = {}, const QList<PostMedia>& media = {});
 
-    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const;
+    void write(JsonWriter& writer) const;
+    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }
     static Post decode(const JsonReader& reader);
     static Post fromJson(const Json& json, DateEncoding dates = DateEncoding::referenceSeconds);
 
     // A whole thread as a JSON array of posts.
+    static void writeThread(JsonWriter& writer, const QList<Post>& thread);
     static Json threadToJson(const QList<Post>& thread, DateEncoding dates = DateEncoding::referenceSeconds);
     static QList<Post> decodeThread(const JsonReader& reader);
 };

@@ -27,7 +27,7 @@ std::optional<PostMedia> PostMedia::fromImage(const QImage& image, const QString
     PostMedia media;
     media.id = QUuid::createUuid();
     media.type = MediaType::image;
-    media.originalPath = QUrl::fromLocalFile(file);
+    media.originalPath = FileUrl::fromLocalFile(file);
     return media;
 }
 
@@ -37,42 +37,57 @@ PostMedia PostMedia::fromVideo(const QString& sourceFile, const QString& mediaDi
     media.id = QUuid::createUuid();
     media.type = MediaType::video;
     media.videoDuration = duration;
-    media.originalPath = QUrl::fromLocalFile(QFileInfo(sourceFile).absoluteFilePath());
+    media.originalPath = FileUrl::fromLocalFile(QFileInfo(sourceFile).absoluteFilePath());
 
     const QString suffix = QFileInfo(sourceFile).suffix();
     const QString copy = QDir(mediaDir).filePath(uniqueFileName(suffix));
     if (QDir().mkpath(mediaDir) && QFile::copy(sourceFile, copy))
-        media.originalPath = QUrl::fromLocalFile(copy);
+        media.originalPath = FileUrl::fromLocalFile(copy);
     return media;
 }
 
-Json PostMedia::toJson(DateEncoding dates) const
+void PostMedia::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["id"] = JsonValues::uuidText(id);
-    json["type"] = mediaTypeToJson(type);
-    json["originalPath"] = JsonValues::fileUrl(originalPath);
-    if (videoDuration)
-        json["videoDuration"] = JsonValues::number(*videoDuration);
-    if (altText)
-        json["altText"] = JsonValues::utf8(*altText);
-    Json rects = Json::array();
-    for (const RedactionRect& rect : redactions)
-        rects.push_back(rect.toJson());
-    json["redactions"] = std::move(rects);
-    if (subtitles)
-        json["subtitles"] = subtitles->toJson(dates);
-    json["areSubtitlesRendered"] = areSubtitlesRendered;
-    if (renderedExportPreset)
-        json["renderedExportPreset"] = JsonValues::utf8(*renderedExportPreset);
-    json["isMissing"] = isMissing;
-    if (trimClips) {
-        Json clips = Json::array();
-        for (const ClipSegment& clip : *trimClips)
-            clips.push_back(clip.toJson());
-        json["trimClips"] = std::move(clips);
+    writer.beginObject();
+    writer.key("id");
+    writer.uuid(id);
+    writer.key("type");
+    writeMediaType(writer, type);
+    writer.key("originalPath");
+    writer.fileUrl(originalPath);
+    if (videoDuration) {
+        writer.key("videoDuration");
+        writer.number(*videoDuration);
     }
-    return json;
+    if (altText) {
+        writer.key("altText");
+        writer.string(*altText);
+    }
+    writer.key("redactions");
+    writer.beginArray();
+    for (const RedactionRect& rect : redactions)
+        rect.write(writer);
+    writer.endArray();
+    if (subtitles) {
+        writer.key("subtitles");
+        subtitles->write(writer);
+    }
+    writer.key("areSubtitlesRendered");
+    writer.boolean(areSubtitlesRendered);
+    if (renderedExportPreset) {
+        writer.key("renderedExportPreset");
+        writer.string(*renderedExportPreset);
+    }
+    writer.key("isMissing");
+    writer.boolean(isMissing);
+    if (trimClips) {
+        writer.key("trimClips");
+        writer.beginArray();
+        for (const ClipSegment& clip : *trimClips)
+            clip.write(writer);
+        writer.endArray();
+    }
+    writer.endObject();
 }
 
 PostMedia PostMedia::decode(const JsonReader& reader)

@@ -2,6 +2,7 @@
 
 #include "model/clip_segment.h"
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 #include "model/media_type.h"
 #include "model/redaction_rect.h"
 #include "model/subtitle_track.h"
@@ -21,7 +22,7 @@ struct PostMedia {
     QUuid id;
     MediaType type = MediaType::image;
     // A file URL, normally into the media folder (AppPaths::mediaDir()).
-    QUrl originalPath;
+    FileUrl originalPath;
     // Seconds; videos only.
     std::optional<double> videoDuration;
     std::optional<QString> altText;
@@ -50,6 +51,7 @@ struct PostMedia {
     static PostMedia fromVideo(const QString& sourceFile, const QString& mediaDir,
                                std::optional<double> duration = std::nullopt);
 
-    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const;
+    void write(JsonWriter& writer) const;
+    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }
     static PostMedia decode(const JsonReader& reader);
 };

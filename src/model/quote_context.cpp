@@ -13,15 +13,19 @@ std::optional<QString> QuoteContext::idOn(PlatformType platform) const
     return std::nullopt;
 }
 
-Json QuoteContext::toJson() const
+void QuoteContext::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["text"] = JsonValues::utf8(text);
-    Json ids = Json::object();
-    for (auto it = platformIds.constBegin(); it != platformIds.constEnd(); ++it)
-        ids[JsonValues::utf8(it.key())] = JsonValues::utf8(it.value());
-    json["platformIds"] = std::move(ids);
-    return json;
+    writer.beginObject();
+    writer.key("text");
+    writer.string(text);
+    writer.key("platformIds");
+    writer.beginObject();
+    for (auto it = platformIds.constBegin(); it != platformIds.constEnd(); ++it) {
+        writer.key(it.key().toStdString());
+        writer.string(it.value());
+    }
+    writer.endObject();
+    writer.endObject();
 }
 
 QuoteContext QuoteContext::decode(const JsonReader& reader)
@@ -29,8 +33,8 @@ QuoteContext QuoteContext::decode(const JsonReader& reader)
     reader.expectObject();
     QuoteContext quote;
     quote.text = reader["text"].string();
-    reader["platformIds"].forEachMember([&](const std::string& key, const JsonReader& value) {
-        quote.platformIds.insert(QString::fromStdString(key), value.string());
+    reader["platformIds"].forEachMember([&](std::string_view key, const JsonReader& value) {
+        quote.platformIds.insert(QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size())), value.string());
     });
     return quote;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 #include "model/platform_type.h"
 
 #include <QMap>
@@ -22,6 +23,7 @@ struct QuoteContext {
     std::optional<QString> idOn(PlatformType platform) const;
     void setIdOn(PlatformType platform, const QString& id) { platformIds.insert(rawValue(platform), id); }
 
-    Json toJson() const;
+    void write(JsonWriter& writer) const;
+    Json toJson() const { return toJsonValue(*this); }
     static QuoteContext decode(const JsonReader& reader);
 };

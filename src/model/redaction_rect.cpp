@@ -1,13 +1,17 @@
 #include "model/redaction_rect.h"
 
-Json RedactionRect::toJson() const
+void RedactionRect::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["x"] = JsonValues::number(x);
-    json["y"] = JsonValues::number(y);
-    json["width"] = JsonValues::number(width);
-    json["height"] = JsonValues::number(height);
-    return json;
+    writer.beginObject();
+    writer.key("x");
+    writer.number(x);
+    writer.key("y");
+    writer.number(y);
+    writer.key("width");
+    writer.number(width);
+    writer.key("height");
+    writer.number(height);
+    writer.endObject();
 }
 
 RedactionRect RedactionRect::decode(const JsonReader& reader)

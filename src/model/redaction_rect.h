@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 
 // A rectangle blacked out on an image before upload, in the redaction tool's coordinates.
 struct RedactionRect {
@@ -11,6 +12,7 @@ struct RedactionRect {
 
     bool operator==(const RedactionRect&) const = default;
 
-    Json toJson() const;
+    void write(JsonWriter& writer) const;
+    Json toJson() const { return toJsonValue(*this); }
     static RedactionRect decode(const JsonReader& reader);
 };

@@ -31,37 +31,37 @@ PostStatus decodeStatus(const JsonReader& reader)
     return *status;
 }
 
-Json encodeAccountIds(const QMap<PlatformType, QList<QUuid>>& accountIds)
+void writeAccountIds(JsonWriter& writer, const QMap<PlatformType, QList<QUuid>>& accountIds)
 {
-    Json flat = Json::array();
+    writer.beginArray();
     for (auto it = accountIds.constBegin(); it != accountIds.constEnd(); ++it) {
-        flat.push_back(JsonValues::utf8(rawValue(it.key())));
-        Json ids = Json::array();
+        writer.string(rawValue(it.key()));
+        writer.beginArray();
         for (const QUuid& id : it.value())
-            ids.push_back(JsonValues::uuidText(id));
-        flat.push_back(std::move(ids));
+            writer.uuid(id);
+        writer.endArray();
     }
-    return flat;
+    writer.endArray();
 }
 
-Json encodeShare(const QMap<QUuid, bool>& share)
+void writeShare(JsonWriter& writer, const QMap<QUuid, bool>& share)
 {
-    Json flat = Json::array();
+    writer.beginArray();
     for (auto it = share.constBegin(); it != share.constEnd(); ++it) {
-        flat.push_back(JsonValues::uuidText(it.key()));
-        flat.push_back(it.value());
+        writer.uuid(it.key());
+        writer.boolean(it.value());
     }
-    return flat;
+    writer.endArray();
 }
 
-Json encodeModes(const QMap<PlatformType, ScheduledPostingMode>& modes)
+void writeModes(JsonWriter& writer, const QMap<PlatformType, ScheduledPostingMode>& modes)
 {
-    Json flat = Json::array();
+    writer.beginArray();
     for (auto it = modes.constBegin(); it != modes.constEnd(); ++it) {
-        flat.push_back(JsonValues::utf8(rawValue(it.key())));
-        flat.push_back(JsonValues::utf8(rawValue(it.value())));
+        writer.string(rawValue(it.key()));
+        writer.string(rawValue(it.value()));
     }
-    return flat;
+    writer.endArray();
 }
 
 QMap<PlatformType, QList<QUuid>> decodeAccountIds(const JsonReader& reader)
@@ -90,7 +90,7 @@ QMap<QUuid, bool> decodeShare(const std::optional<JsonReader>& reader,
     QMap<QUuid, bool> share;
     if (!reader)
         return share;
-    if (reader->json().is_boolean()) {
+    if (reader->isBoolean()) {
         if (reader->boolean()) {
             for (const QUuid& id : accountIds.value(PlatformType::x))
                 share.insert(id, true);
@@ -120,25 +120,37 @@ QList<PlatformType> ScheduledPost::platformTypes() const
     return types;
 }
 
-Json ScheduledPost::toJson(DateEncoding dates) const
+void ScheduledPost::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["id"] = JsonValues::uuidText(id);
-    json["content"] = Post::threadToJson(content, dates);
-    json["scheduledDate"] = JsonValues::date(scheduledDate, dates);
-    json["timeZoneIdentifier"] = JsonValues::utf8(timeZoneIdentifier);
-    Json names = Json::array();
+    writer.beginObject();
+    writer.key("id");
+    writer.uuid(id);
+    writer.key("content");
+    Post::writeThread(writer, content);
+    writer.key("scheduledDate");
+    writer.date(scheduledDate);
+    writer.key("timeZoneIdentifier");
+    writer.string(timeZoneIdentifier);
+    writer.key("platforms");
+    writer.beginArray();
     for (const QString& name : platforms)
-        names.push_back(JsonValues::utf8(name));
-    json["platforms"] = std::move(names);
-    json["status"] = JsonValues::utf8(rawValue(status));
-    if (error)
-        json["error"] = JsonValues::utf8(*error);
-    json["accountIds"] = encodeAccountIds(accountIds);
-    json["postingMode"] = JsonValues::utf8(rawValue(postingMode));
-    json["xShareWithFollowers"] = encodeShare(xShareWithFollowers);
-    json["platformModes"] = encodeModes(platformModes);
-    return json;
+        writer.string(name);
+    writer.endArray();
+    writer.key("status");
+    writer.string(rawValue(status));
+    if (error) {
+        writer.key("error");
+        writer.string(*error);
+    }
+    writer.key("accountIds");
+    writeAccountIds(writer, accountIds);
+    writer.key("postingMode");
+    writer.string(rawValue(postingMode));
+    writer.key("xShareWithFollowers");
+    writeShare(writer, xShareWithFollowers);
+    writer.key("platformModes");
+    writeModes(writer, platformModes);
+    writer.endObject();
 }
 
 ScheduledPost ScheduledPost::decode(const JsonReader& reader)
@@ -168,19 +180,23 @@ ScheduledPost ScheduledPost::decode(const JsonReader& reader)
 
 ScheduledPost ScheduledPost::fromJson(const Json& json, DateEncoding dates)
 {
-    return decode(JsonReader(json, dates));
+    return JsonReader::read(json, dates, &ScheduledPost::decode);
 }
 
 QByteArray ScheduledPost::encodeList(const QList<ScheduledPost>& posts, JsonLayout layout, DateEncoding dates)
 {
-    Json array = Json::array();
+    JsonWriter writer(layout, dates);
+    writer.beginArray();
     for (const ScheduledPost& post : posts)
-        array.push_back(post.toJson(dates));
-    return JsonValues::dump(array, layout);
+        post.write(writer);
+    writer.endArray();
+    if (layout == JsonLayout::prettySortedKeys)
+        return JsonValues::dump(JsonValues::parse(writer.toByteArray()), layout);
+    return writer.toByteArray();
 }
 
 QList<ScheduledPost> ScheduledPost::decodeList(const QByteArray& document, DateEncoding dates)
 {
-    const Json json = JsonValues::parse(document);
-    return JsonReader(json, dates).list(&ScheduledPost::decode);
+    return JsonReader::read(document, dates,
+                            [](const JsonReader& root) { return root.list(&ScheduledPost::decode); });
 }

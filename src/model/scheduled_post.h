@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 #include "model/platform_type.h"
 #include "model/post.h"
 #include "model/post_status.h"
@@ -50,7 +51,8 @@ struct ScheduledPost {
     // platforms as PlatformType values, in order, skipping names no platform has.
     QList<PlatformType> platformTypes() const;
 
-    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const;
+    void write(JsonWriter& writer) const;
+    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }
     // Reads current and older entries (missing optional keys get their defaults, a
     // Boolean "xShareWithFollowers" is the older form); throws CodingError.
     static ScheduledPost decode(const JsonReader& reader);

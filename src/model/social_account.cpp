@@ -23,22 +23,33 @@ QString SocialAccount::mastodonInstance() const
     return stored.isEmpty() ? QString(kDefaultMastodonInstance) : stored;
 }
 
-Json SocialAccount::toJson(DateEncoding dates) const
+void SocialAccount::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    json["id"] = JsonValues::uuidText(id);
-    json["platform"] = JsonValues::utf8(rawValue(platform));
-    json["name"] = JsonValues::utf8(name);
-    if (nickname)
-        json["nickname"] = JsonValues::utf8(*nickname);
-    Json secrets = Json::object();
-    for (auto it = credentials.constBegin(); it != credentials.constEnd(); ++it)
-        secrets[JsonValues::utf8(it.key())] = JsonValues::utf8(it.value());
-    json["credentials"] = std::move(secrets);
-    json["isDefault"] = isDefault;
-    json["isEnabled"] = isEnabled;
-    json["createdAt"] = JsonValues::date(createdAt, dates);
-    return json;
+    writer.beginObject();
+    writer.key("id");
+    writer.uuid(id);
+    writer.key("platform");
+    writer.string(rawValue(platform));
+    writer.key("name");
+    writer.string(name);
+    if (nickname) {
+        writer.key("nickname");
+        writer.string(*nickname);
+    }
+    writer.key("credentials");
+    writer.beginObject();
+    for (auto it = credentials.constBegin(); it != credentials.constEnd(); ++it) {
+        writer.key(it.key().toStdString());
+        writer.string(it.value());
+    }
+    writer.endObject();
+    writer.key("isDefault");
+    writer.boolean(isDefault);
+    writer.key("isEnabled");
+    writer.boolean(isEnabled);
+    writer.key("createdAt");
+    writer.date(createdAt);
+    writer.endObject();
 }
 
 SocialAccount SocialAccount::decode(const JsonReader& reader)
@@ -54,8 +65,8 @@ SocialAccount SocialAccount::decode(const JsonReader& reader)
     account.name = reader["name"].string();
     if (const auto nickname = reader.optional("nickname"))
         account.nickname = nickname->string();
-    reader["credentials"].forEachMember([&](const std::string& key, const JsonReader& value) {
-        account.credentials.insert(QString::fromStdString(key), value.string());
+    reader["credentials"].forEachMember([&](std::string_view key, const JsonReader& value) {
+        account.credentials.insert(QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size())), value.string());
     });
     account.isDefault = reader["isDefault"].boolean();
     account.isEnabled = reader["isEnabled"].boolean();
@@ -65,19 +76,23 @@ SocialAccount SocialAccount::decode(const JsonReader& reader)
 
 SocialAccount SocialAccount::fromJson(const Json& json, DateEncoding dates)
 {
-    return decode(JsonReader(json, dates));
+    return JsonReader::read(json, dates, &SocialAccount::decode);
 }
 
 QByteArray SocialAccount::encodeList(const QList<SocialAccount>& accounts, JsonLayout layout, DateEncoding dates)
 {
-    Json array = Json::array();
+    JsonWriter writer(layout, dates);
+    writer.beginArray();
     for (const SocialAccount& account : accounts)
-        array.push_back(account.toJson(dates));
-    return JsonValues::dump(array, layout);
+        account.write(writer);
+    writer.endArray();
+    if (layout == JsonLayout::prettySortedKeys)
+        return JsonValues::dump(JsonValues::parse(writer.toByteArray()), layout);
+    return writer.toByteArray();
 }
 
 QList<SocialAccount> SocialAccount::decodeList(const QByteArray& document, DateEncoding dates)
 {
-    const Json json = JsonValues::parse(document);
-    return JsonReader(json, dates).list(&SocialAccount::decode);
+    return JsonReader::read(document, dates,
+                            [](const JsonReader& root) { return root.list(&SocialAccount::decode); });
 }

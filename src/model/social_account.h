@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 #include "model/platform_type.h"
 
 #include <QByteArray>
@@ -57,7 +58,8 @@ struct SocialAccount {
     // The Mastodon instance host, falling back to kDefaultMastodonInstance when empty.
     QString mastodonInstance() const;
 
-    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const;
+    void write(JsonWriter& writer) const;
+    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }
     static SocialAccount decode(const JsonReader& reader);
     static SocialAccount fromJson(const Json& json, DateEncoding dates = DateEncoding::referenceSeconds);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 
 #include <QString>
 #include <QUuid>
@@ -19,6 +20,7 @@ struct SubtitleSegment {
 
     bool operator==(const SubtitleSegment&) const = default;
 
-    Json toJson() const;
+    void write(JsonWriter& writer) const;
+    Json toJson() const { return toJsonValue(*this); }
     static SubtitleSegment decode(const JsonReader& reader);
 };

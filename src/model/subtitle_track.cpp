@@ -1,18 +1,24 @@
 #include "model/subtitle_track.h"
 
-Json SubtitleTrack::toJson(DateEncoding dates) const
+void SubtitleTrack::write(JsonWriter& writer) const
 {
-    Json json = Json::object();
-    Json array = Json::array();
+    writer.beginObject();
+    writer.key("segments");
+    writer.beginArray();
     for (const SubtitleSegment& segment : segments)
-        array.push_back(segment.toJson());
-    json["segments"] = std::move(array);
-    if (languageCode)
-        json["languageCode"] = JsonValues::utf8(*languageCode);
-    if (generator)
-        json["generator"] = JsonValues::utf8(*generator);
-    json["createdAt"] = JsonValues::date(createdAt, dates);
-    return json;
+        segment.write(writer);
+    writer.endArray();
+    if (languageCode) {
+        writer.key("languageCode");
+        writer.string(*languageCode);
+    }
+    if (generator) {
+        writer.key("generator");
+        writer.string(*generator);
+    }
+    writer.key("createdAt");
+    writer.date(createdAt);
+    writer.endObject();
 }
 
 SubtitleTrack SubtitleTrack::decode(const JsonReader& reader)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/json_reader.h"
+#include "model/json_writer.h"
 #include "model/subtitle_segment.h"
 
 #include <QList>
@@ -19,6 +20,7 @@ struct SubtitleTrack {
 
     bool operator==(const SubtitleTrack&) const = default;
 
-    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const;
+    void write(JsonWriter& writer) const;
+    Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }
     static SubtitleTrack decode(const JsonReader& reader);
 };
