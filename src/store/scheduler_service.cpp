@@ -1,0 +1,213 @@
+#include "store/scheduler_service.h"
+
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "store/scheduler_service_error.h"
+#include "store/store_log.h"
+
+#include <QFile>
+#include <QMutexLocker>
+#include <QSaveFile>
+
+SchedulerService::SchedulerService(PreferenceStore& store, QObject* parent)
+    : QObject(parent)
+    , m_store(store)
+{
+    // One writer thread: saves are written in the order they were asked for.
+    m_saver.setMaxThreadCount(1);
+}
+
+SchedulerService::~SchedulerService()
+{
+    waitForPendingSaves();
+}
+
+std::optional<ScheduledPost> SchedulerService::scheduledPost(const QUuid& id) const
+{
+    const qsizetype index = indexOf(id);
+    return index < 0 ? std::nullopt : std::optional<ScheduledPost>(m_posts[index]);
+}
+
+qsizetype SchedulerService::indexOf(const QUuid& id) const
+{
+    for (qsizetype i = 0; i < m_posts.size(); ++i) {
+        if (m_posts[i].id == id)
+            return i;
+    }
+    return -1;
+}
+
+void SchedulerService::loadPosts()
+{
+    m_posts.clear();
+    const auto stored = m_store.data(PreferenceKeys::ScheduledPosts);
+    if (!stored) {
+        qCInfo(lcStore).noquote() << QStringLiteral("📊 No data found in UserDefaults");
+        return;
+    }
+    try {
+        m_posts = ScheduledPost::decodeList(*stored);
+    } catch (const CodingError& error) {
+        // Keep what is on disk: it is not overwritten until the next deliberate save.
+        qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to decode posts: ") + error.message();
+        qCWarning(lcStore).noquote() << QStringLiteral("Error details: ") + error.path() + u' ' + error.detail();
+        return;
+    }
+    qCInfo(lcStore).noquote() << QStringLiteral("📊 Loaded %1 scheduled posts").arg(m_posts.size());
+    // One block per entry; at debug level, since a large schedule makes many lines.
+    if (!lcStore().isDebugEnabled())
+        return;
+    for (const ScheduledPost& post : std::as_const(m_posts)) {
+        qCDebug(lcStore).noquote() << QStringLiteral("    Scheduled for: ") + post.scheduledDate.toIso8601();
+        qCDebug(lcStore).noquote() << QStringLiteral("    Content count: ") + QString::number(post.content.size());
+        qCDebug(lcStore).noquote() << QStringLiteral("    Platforms: ") + post.platforms.join(QStringLiteral(", "));
+        qCDebug(lcStore).noquote() << QStringLiteral("    Status: ") + rawValue(post.status);
+    }
+}
+
+bool SchedulerService::writeIfLatest(const QByteArray& document, quint64 generation)
+{
+    const QMutexLocker lock(&m_writeMutex);
+    if (generation != m_generation.load())
+        return false;
+    return m_store.setData(PreferenceKeys::ScheduledPosts, document);
+}
+
+bool SchedulerService::savePosts(const QList<ScheduledPost>& posts)
+{
+    const quint64 generation = ++m_generation;
+    QByteArray document;
+    try {
+        document = ScheduledPost::encodeList(posts, JsonLayout::pretty);
+    } catch (const CodingError& error) {
+        qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts: ") + error.message();
+        return false;
+    }
+    if (!writeIfLatest(document, generation)) {
+        qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts: the document could not be written");
+        return false;
+    }
+    return true;
+}
+
+void SchedulerService::savePostsAsync()
+{
+    const quint64 generation = ++m_generation;
+    // QList shares its data: taking the snapshot costs no copy of the posts.
+    const QList<ScheduledPost> snapshot = m_posts;
+    m_saver.start([this, snapshot, generation] {
+        if (generation != m_generation.load())
+            return; // a newer save is queued; skip the wasted encoding
+        try {
+            const QByteArray document = ScheduledPost::encodeList(snapshot, JsonLayout::compact);
+            if (!writeIfLatest(document, generation) && generation == m_generation.load())
+                qCWarning(lcStore).noquote()
+                    << QStringLiteral("❌ Failed to encode posts (async): the document could not be written");
+        } catch (const CodingError& error) {
+            qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts (async): ") + error.message();
+        }
+    });
+}
+
+void SchedulerService::waitForPendingSaves()
+{
+    m_saver.waitForDone();
+}
+
+void SchedulerService::changed()
+{
+    savePostsAsync();
+    Q_EMIT scheduledPostsDidUpdate();
+}
+
+QUuid SchedulerService::addOrUpdate(const ScheduledPost& post, const std::optional<QUuid>& editingId)
+{
+    ScheduledPost stored = post;
+    const qsizetype index = editingId ? indexOf(*editingId) : -1;
+    if (index >= 0) {
+        stored.id = *editingId;
+        m_posts[index] = stored;
+        qCInfo(lcStore).noquote() << QStringLiteral("✅ Updated scheduled post");
+        changed();
+        return stored.id;
+    }
+    if (editingId)
+        qCWarning(lcStore).noquote()
+            << QStringLiteral("⚠️ Could not find scheduled post to update; creating new one instead");
+    stored.id = QUuid::createUuid();
+    qCInfo(lcStore).noquote() << QStringLiteral("💾 Created ScheduledPost with ID: ")
+            + stored.id.toString(QUuid::WithoutBraces).toUpper();
+    m_posts.append(stored);
+    qCInfo(lcStore).noquote() << QStringLiteral("✅ Added post to scheduler");
+    changed();
+    return stored.id;
+}
+
+bool SchedulerService::deletePost(const QUuid& id)
+{
+    const qsizetype index = indexOf(id);
+    if (index < 0)
+        return false;
+    m_posts.removeAt(index);
+    changed();
+    return true;
+}
+
+void SchedulerService::clearAll()
+{
+    m_posts.clear();
+    changed();
+    qCInfo(lcStore).noquote() << QStringLiteral("All scheduled posts cleared.");
+}
+
+bool SchedulerService::updateStatus(const QUuid& id, PostStatus status, const std::optional<QString>& error)
+{
+    const qsizetype index = indexOf(id);
+    if (index < 0)
+        return false;
+    m_posts[index].status = status;
+    m_posts[index].error = error;
+    changed();
+    return true;
+}
+
+QByteArray SchedulerService::exportDocument() const
+{
+    if (m_posts.isEmpty())
+        throw SchedulerServiceError::noPostsToExport();
+    try {
+        return ScheduledPost::encodeList(m_posts, JsonLayout::prettySortedKeys, DateEncoding::iso8601);
+    } catch (const CodingError& error) {
+        throw SchedulerServiceError::exportFailed(error.message());
+    }
+}
+
+void SchedulerService::exportToFile(const QString& filePath) const
+{
+    const QByteArray document = exportDocument();
+    QSaveFile file(filePath);
+    if (!file.open(QIODevice::WriteOnly) || file.write(document) != document.size() || !file.commit())
+        throw SchedulerServiceError::exportFailed(file.errorString());
+}
+
+void SchedulerService::importDocument(const QByteArray& document)
+{
+    QList<ScheduledPost> imported;
+    try {
+        imported = ScheduledPost::decodeList(document, DateEncoding::iso8601);
+    } catch (const CodingError& error) {
+        throw SchedulerServiceError::importFailed(error.message());
+    }
+    if (!savePosts(imported))
+        throw SchedulerServiceError::importFailed(QStringLiteral("The scheduled posts could not be saved."));
+    loadPosts();
+    Q_EMIT scheduledPostsDidUpdate();
+}
+
+void SchedulerService::importFile(const QString& filePath)
+{
+    QFile file(filePath);
+    if (!file.open(QIODevice::ReadOnly))
+        throw SchedulerServiceError::importFailed(file.errorString());
+    importDocument(file.readAll());
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "model/scheduled_post.h"
+
+#include <QList>
+#include <QMutex>
+#include <QObject>
+#include <QThreadPool>
+#include <QUuid>
+
+#include <atomic>
+#include <optional>
+
+class PreferenceStore;
+
+// The scheduled-post store: the list of scheduled threads, kept in the preference
+// store under "scheduledPosts" as one JSON document. Read and changed on the main
+// thread; after each change the list is saved by a background task (compact JSON)
+// and scheduledPostsDidUpdate() is emitted. The scheduler loop builds on this.
+class SchedulerService : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr const char* kExportFileName = "quillo-scheduled-posts.json";
+
+    explicit SchedulerService(PreferenceStore& store, QObject* parent = nullptr);
+    // Waits for a save that is still being written.
+    ~SchedulerService() override;
+
+    const QList<ScheduledPost>& scheduledPosts() const { return m_posts; }
+    std::optional<ScheduledPost> scheduledPost(const QUuid& id) const;
+
+    // Replaces the in-memory list with the stored one. Missing or undecodable data
+    // gives an empty list; undecodable data is left on disk as it is.
+    void loadPosts();
+    // Encodes the given list pretty-printed and stores it now; the in-memory list is
+    // not touched. False (and the stored document unchanged) on failure.
+    bool savePosts(const QList<ScheduledPost>& posts);
+    // Saves a snapshot of the in-memory list from a background task. Of several saves
+    // in flight the latest wins; an older snapshot never replaces a newer document.
+    void savePostsAsync();
+    // Blocks until every background save has finished (shutdown, tests).
+    void waitForPendingSaves();
+
+    // The composer's and the URL commands' schedule action. Without editingId the
+    // post is appended under a new id; with it, the entry with that id is replaced in
+    // place (or, when it is gone, the post is appended under a new id). Returns the
+    // id the post is stored under.
+    QUuid addOrUpdate(const ScheduledPost& post, const std::optional<QUuid>& editingId = std::nullopt);
+    bool deletePost(const QUuid& id);
+    void clearAll();
+    // Sets the status; error is the failure text (none clears it).
+    bool updateStatus(const QUuid& id, PostStatus status, const std::optional<QString>& error = std::nullopt);
+
+    // The export document (pretty, sorted keys, ISO 8601 dates). Throws
+    // SchedulerServiceError (noPostsToExport) for an empty list.
+    QByteArray exportDocument() const;
+    // Throws SchedulerServiceError.
+    void exportToFile(const QString& filePath) const;
+    // Replaces the whole list with the document's (not a merge). Throws
+    // SchedulerServiceError (importFailed) and changes nothing when it cannot be read.
+    void importDocument(const QByteArray& document);
+    void importFile(const QString& filePath);
+
+Q_SIGNALS:
+    // "scheduledPostsDidUpdate": the list changed.
+    void scheduledPostsDidUpdate();
+
+private:
+    void changed();
+    qsizetype indexOf(const QUuid& id) const;
+    // Writes an encoded document unless a newer save has been requested since.
+    bool writeIfLatest(const QByteArray& document, quint64 generation);
+
+    PreferenceStore& m_store;
+    QList<ScheduledPost> m_posts;
+
+    // Every save takes the next generation; a document is written only while its
+    // generation is still the newest, under m_writeMutex, so saves never go back in time.
+    std::atomic<quint64> m_generation{0};
+    QMutex m_writeMutex;
+    QThreadPool m_saver;
+};

@@ -1,0 +1,188 @@
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "store/account_manager.h"
+#include "store/account_manager_error.h"
+#include "support/temp_home.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+SocialAccount xAccount(const QString& key, const QString& secret = QStringLiteral("secret"))
+{
+    return SocialAccount::create(PlatformType::x, QStringLiteral("@") + key,
+                                 {{QStringLiteral("apiKey"), key}, {QStringLiteral("apiSecret"), secret}});
+}
+
+SocialAccount blueskyAccount(const QString& handle, const QString& password = QStringLiteral("app-pass"))
+{
+    return SocialAccount::create(PlatformType::bluesky, handle,
+                                 {{QStringLiteral("handle"), handle}, {QStringLiteral("appPassword"), password}});
+}
+
+class AccountManagerTest : public ::testing::Test {
+protected:
+    TempHome home;
+    PreferenceStore store{home.paths()};
+};
+
+TEST_F(AccountManagerTest, FreshInstallationStoresNoEnabledPlatforms)
+{
+    ASSERT_FALSE(store.contains(PreferenceKeys::SocialPlatforms));
+    AccountManager manager(store);
+    EXPECT_TRUE(store.contains(PreferenceKeys::SocialPlatforms));
+    EXPECT_EQ(store.stringListValue(PreferenceKeys::SocialPlatforms), QStringList());
+    EXPECT_TRUE(manager.enabledPlatforms().isEmpty());
+
+    QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
+    manager.togglePlatform(PlatformType::mastodon);
+    manager.togglePlatform(PlatformType::x);
+    EXPECT_EQ(store.stringListValue(PreferenceKeys::SocialPlatforms), (QStringList{u"x"_qs, u"mastodon"_qs}));
+    manager.togglePlatform(PlatformType::mastodon);
+    EXPECT_EQ(changes.count(), 3);
+
+    AccountManager reopened(store);
+    EXPECT_EQ(reopened.enabledPlatforms(), QList<PlatformType>{PlatformType::x});
+}
+
+TEST_F(AccountManagerTest, AccountsKeepInsertionOrderAndOneDefaultPerPlatform)
+{
+    AccountManager manager(store);
+    QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
+    const SocialAccount first = xAccount(u"k1"_qs);
+    const SocialAccount sky = blueskyAccount(u"ada.bsky.social"_qs);
+    const SocialAccount second = xAccount(u"k2"_qs);
+    for (const SocialAccount& a : {first, sky, second})
+        ASSERT_EQ(manager.addAccount(a), std::nullopt);
+
+    // The first account of a platform becomes its default; later ones do not.
+    EXPECT_EQ(manager.defaultAccount(PlatformType::x)->id, first.id);
+    EXPECT_EQ(manager.defaultAccount(PlatformType::bluesky)->id, sky.id);
+    EXPECT_FALSE(manager.account(second.id)->isDefault);
+
+    ASSERT_TRUE(manager.setDefault(second.id));
+    EXPECT_EQ(manager.defaultAccount(PlatformType::x)->id, second.id);
+    EXPECT_FALSE(manager.account(first.id)->isDefault);
+    EXPECT_TRUE(manager.account(sky.id)->isDefault) << "another platform's default is untouched";
+
+    SocialAccount renamed = *manager.account(first.id);
+    renamed.nickname = u"Work"_qs;
+    renamed.isEnabled = false;
+    ASSERT_TRUE(manager.updateAccount(renamed));
+    EXPECT_FALSE(manager.setDefault(QUuid::createUuid()));
+
+    AccountManager reopened(store);
+    ASSERT_EQ(reopened.accounts().size(), 3);
+    EXPECT_EQ(reopened.accounts()[0].id, first.id);
+    EXPECT_EQ(reopened.accounts()[1].id, sky.id);
+    EXPECT_EQ(reopened.accounts()[2].id, second.id);
+    EXPECT_EQ(reopened.accounts()[0].displayName(), u"Work");
+    EXPECT_EQ(reopened.enabledAccounts(PlatformType::x).size(), 1);
+
+    ASSERT_TRUE(manager.removeAccount(second.id));
+    EXPECT_EQ(manager.defaultAccount(PlatformType::x), std::nullopt) << "no account is promoted";
+    manager.removeAllAccounts();
+    EXPECT_TRUE(manager.accounts().isEmpty());
+    EXPECT_EQ(changes.count(), 3 + 1 + 1 + 1 + 1);
+    EXPECT_TRUE(AccountManager(store).accounts().isEmpty());
+}
+
+TEST_F(AccountManagerTest, ValidationAndDuplicateMessages)
+{
+    AccountManager manager(store);
+    ASSERT_EQ(manager.addAccount(xAccount(u"key"_qs)), std::nullopt);
+    ASSERT_EQ(manager.addAccount(blueskyAccount(u"ada.bsky.social"_qs)), std::nullopt);
+
+    struct Case {
+        SocialAccount account;
+        std::optional<QString> message;
+    };
+    const Case cases[] = {
+        {xAccount(QString()), u"Please enter your X API Key and Secret first"_qs},
+        {xAccount(u"other"_qs, u"  "_qs), u"Please enter your X API Key and Secret first"_qs},
+        {xAccount(u"key"_qs), u"An account with this API Key already exists"_qs},
+        {xAccount(u"other"_qs), std::nullopt},
+        {blueskyAccount(QString()), u"Please enter your BlueSky handle and app password first"_qs},
+        {blueskyAccount(u"bob.bsky.social"_qs, QString()), u"Please enter your BlueSky handle and app password first"_qs},
+        {blueskyAccount(u"ada.bsky.social"_qs), u"An account with this handle already exists"_qs},
+        {blueskyAccount(u"@Ada.bsky.social"_qs), u"An account with this handle already exists"_qs},
+        {blueskyAccount(u"bob.bsky.social"_qs), std::nullopt},
+        {SocialAccount::create(PlatformType::mastodon, u"m"_qs, {}), std::nullopt},
+    };
+    QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
+    int added = 0;
+    for (const Case& c : cases) {
+        EXPECT_EQ(manager.addAccount(c.account), c.message) << c.account.name.toStdString();
+        added += c.message ? 0 : 1;
+    }
+    EXPECT_EQ(manager.accounts().size(), 2 + added);
+    EXPECT_EQ(changes.count(), added);
+
+    // Re-validating a stored account skips the duplicate test.
+    EXPECT_EQ(manager.validate(manager.accounts()[0], false), std::nullopt);
+    EXPECT_EQ(manager.validate(xAccount(u"key"_qs), false), std::nullopt);
+}
+
+TEST_F(AccountManagerTest, UndecodableStoreLoadsEmptyAndIsLeftAlone)
+{
+    const QByteArray broken = R"([{"id":"A0000000-0000-4000-8000-000000000001","platform":"x"}])";
+    ASSERT_TRUE(store.setData(PreferenceKeys::SocialAccounts, broken));
+    AccountManager manager(store);
+    EXPECT_TRUE(manager.accounts().isEmpty());
+    manager.togglePlatform(PlatformType::x);
+    EXPECT_EQ(store.data(PreferenceKeys::SocialAccounts), broken);
+    // The next deliberate change writes a good document.
+    ASSERT_EQ(manager.addAccount(xAccount(u"k"_qs)), std::nullopt);
+    EXPECT_EQ(AccountManager(store).accounts().size(), 1);
+}
+
+TEST_F(AccountManagerTest, BackupExportAndImport)
+{
+    AccountManager manager(store);
+    try {
+        manager.exportBackup();
+        FAIL() << "an empty list was exported";
+    } catch (const AccountManagerError& error) {
+        EXPECT_EQ(error.message(), u"No accounts to export.");
+    }
+
+    ASSERT_EQ(manager.addAccount(xAccount(u"k1"_qs)), std::nullopt);
+    ASSERT_EQ(manager.addAccount(blueskyAccount(u"ada.bsky.social"_qs)), std::nullopt);
+    manager.togglePlatform(PlatformType::bluesky);
+    const QString file = home.path() + u"/quillo-accounts-backup.json"_qs;
+    manager.exportBackup(file);
+    const QList<SocialAccount> exported = manager.accounts();
+
+    // A broken file changes nothing.
+    QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
+    for (const QByteArray& bad : {QByteArray("{"), QByteArray(R"({"accounts":[{}],"enabledPlatforms":[]})")}) {
+        try {
+            manager.importBackup(bad);
+            ADD_FAILURE() << bad.constData();
+        } catch (const AccountManagerError& error) {
+            EXPECT_EQ(error.title(), u"Import Failed");
+            EXPECT_FALSE(error.message().isEmpty());
+        }
+    }
+    EXPECT_THROW(manager.importBackupFile(home.path() + u"/missing.json"_qs), AccountManagerError);
+    EXPECT_EQ(changes.count(), 0);
+
+    // Import replaces accounts and platforms.
+    manager.removeAllAccounts();
+    ASSERT_EQ(manager.addAccount(xAccount(u"other"_qs)), std::nullopt);
+    manager.togglePlatform(PlatformType::mastodon);
+    manager.importBackupFile(file);
+    ASSERT_EQ(manager.accounts().size(), exported.size());
+    for (qsizetype i = 0; i < exported.size(); ++i) {
+        EXPECT_EQ(manager.accounts()[i].id, exported[i].id);
+        EXPECT_EQ(manager.accounts()[i].credentials, exported[i].credentials);
+        // ISO 8601 text keeps milliseconds only.
+        EXPECT_NEAR(manager.accounts()[i].createdAt.referenceSeconds(), exported[i].createdAt.referenceSeconds(), 0.001);
+    }
+    EXPECT_EQ(manager.enabledPlatforms(), QList<PlatformType>{PlatformType::bluesky});
+    EXPECT_EQ(AccountManager(store).accounts().size(), exported.size());
+}
+
+} // namespace

@@ -1,0 +1,162 @@
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "store/sample_posts.h"
+#include "store/scheduler_service.h"
+#include "store/scheduler_service_error.h"
+#include "support/temp_home.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+ScheduledPost draftPost(const QString& text)
+{
+    ScheduledPost post;
+    post.content = {Post::create(text)};
+    post.scheduledDate = Timestamp::fromReferenceSeconds(784111200);
+    post.timeZoneIdentifier = QStringLiteral("UTC");
+    post.platforms = {QStringLiteral("x")};
+    return post;
+}
+
+class SchedulerServiceTest : public ::testing::Test {
+protected:
+    QList<ScheduledPost> storedPosts()
+    {
+        service.waitForPendingSaves();
+        SchedulerService reader(store);
+        reader.loadPosts();
+        return reader.scheduledPosts();
+    }
+
+    TempHome home;
+    PreferenceStore store{home.paths()};
+    SchedulerService service{store};
+};
+
+TEST_F(SchedulerServiceTest, AddUpdateDeleteAndStatusAreSavedAndAnnounced)
+{
+    service.loadPosts();
+    EXPECT_TRUE(service.scheduledPosts().isEmpty());
+    QSignalSpy updates(&service, &SchedulerService::scheduledPostsDidUpdate);
+
+    const QUuid first = service.addOrUpdate(draftPost(u"one"_qs));
+    const QUuid second = service.addOrUpdate(draftPost(u"two"_qs));
+    EXPECT_FALSE(first.isNull());
+    EXPECT_NE(first, second);
+
+    // Editing replaces the entry in place and keeps its id.
+    const QUuid edited = service.addOrUpdate(draftPost(u"one, edited"_qs), first);
+    EXPECT_EQ(edited, first);
+    ASSERT_EQ(service.scheduledPosts().size(), 2);
+    EXPECT_EQ(service.scheduledPosts()[0].content[0].text, u"one, edited");
+
+    // Editing an entry that is gone appends a new one.
+    const QUuid gone = QUuid::createUuid();
+    const QUuid recreated = service.addOrUpdate(draftPost(u"three"_qs), gone);
+    EXPECT_NE(recreated, gone);
+    EXPECT_EQ(service.scheduledPosts().size(), 3);
+
+    EXPECT_TRUE(service.updateStatus(second, PostStatus::failed, u"Rate limited"_qs));
+    EXPECT_TRUE(service.deletePost(recreated));
+    EXPECT_FALSE(service.deletePost(recreated));
+    EXPECT_FALSE(service.updateStatus(recreated, PostStatus::published));
+    EXPECT_EQ(updates.count(), 6);
+
+    const QList<ScheduledPost> stored = storedPosts();
+    EXPECT_EQ(stored, service.scheduledPosts());
+    EXPECT_EQ(stored[1].status, PostStatus::failed);
+    EXPECT_EQ(stored[1].error, u"Rate limited");
+
+    service.clearAll();
+    EXPECT_EQ(updates.count(), 7);
+    EXPECT_TRUE(storedPosts().isEmpty());
+}
+
+TEST_F(SchedulerServiceTest, UndecodableStoreLoadsEmptyAndStaysOnDisk)
+{
+    for (const QByteArray& bad : {QByteArray("[{\"id\": 1"), QByteArray(R"([{"id":"6F1D2C3B-4A59-4E87-9A10-2B3C4D5E6F70"}])"),
+                                  QByteArray(R"({"scheduledPosts": []})")}) {
+        ASSERT_TRUE(store.setData(PreferenceKeys::ScheduledPosts, bad));
+        service.loadPosts();
+        EXPECT_TRUE(service.scheduledPosts().isEmpty());
+        service.waitForPendingSaves();
+        EXPECT_EQ(store.data(PreferenceKeys::ScheduledPosts), bad);
+    }
+    // The next deliberate change writes a good document.
+    service.addOrUpdate(draftPost(u"fresh"_qs));
+    EXPECT_EQ(storedPosts().size(), 1);
+}
+
+TEST_F(SchedulerServiceTest, SyncSaveIsPrettyBackgroundSaveIsCompactNewestWins)
+{
+    const QList<ScheduledPost> posts = samplePosts(3);
+    ASSERT_TRUE(service.savePosts(posts));
+    EXPECT_TRUE(store.data(PreferenceKeys::ScheduledPosts)->contains("\n  {"));
+    EXPECT_TRUE(service.scheduledPosts().isEmpty()) << "savePosts leaves the in-memory list alone";
+
+    service.loadPosts();
+    for (int i = 0; i < 40; ++i)
+        service.addOrUpdate(draftPost(QString::number(i)));
+    service.waitForPendingSaves();
+    const QByteArray compact = *store.data(PreferenceKeys::ScheduledPosts);
+    EXPECT_FALSE(compact.contains('\n'));
+    EXPECT_EQ(storedPosts(), service.scheduledPosts());
+
+    // A synchronous save after background saves were queued is the one that stays.
+    for (int i = 0; i < 20; ++i)
+        service.addOrUpdate(draftPost(QString::number(i)));
+    ASSERT_TRUE(service.savePosts(posts));
+    EXPECT_EQ(storedPosts(), posts);
+}
+
+TEST_F(SchedulerServiceTest, ExportAndImport)
+{
+    try {
+        service.exportDocument();
+        FAIL() << "an empty list was exported";
+    } catch (const SchedulerServiceError& error) {
+        EXPECT_EQ(error.message(), u"No scheduled posts to export.");
+    }
+    const QString file = home.path() + u"/quillo-scheduled-posts.json"_qs;
+    EXPECT_THROW(service.exportToFile(file), SchedulerServiceError);
+    EXPECT_FALSE(QFile::exists(file));
+
+    QList<ScheduledPost> exported = samplePosts(4);
+    exported[2].status = PostStatus::failed;
+    exported[2].error = u"Boom"_qs;
+    ASSERT_TRUE(service.savePosts(exported));
+    service.loadPosts();
+    service.exportToFile(file);
+    QFile written(file);
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(written.readAll().contains("\"scheduledDate\": \"2025-11-05T01:46:40Z\""));
+
+    // Import replaces, never merges.
+    service.clearAll();
+    service.addOrUpdate(draftPost(u"not in the file"_qs));
+    QSignalSpy updates(&service, &SchedulerService::scheduledPostsDidUpdate);
+    service.importFile(file);
+    EXPECT_EQ(updates.count(), 1);
+    EXPECT_EQ(service.scheduledPosts(), exported);
+    EXPECT_EQ(storedPosts(), exported);
+    // The stored document keeps numeric dates.
+    EXPECT_TRUE(store.data(PreferenceKeys::ScheduledPosts)->contains("\"scheduledDate\": 784000000"));
+
+    // A broken file changes nothing.
+    for (const QByteArray& bad : {QByteArray("[{"), QByteArray(R"([{"id":"x"}])"), QByteArray("{}")}) {
+        try {
+            service.importDocument(bad);
+            ADD_FAILURE() << bad.constData();
+        } catch (const SchedulerServiceError& error) {
+            EXPECT_EQ(error.title(), u"Import Failed");
+        }
+    }
+    EXPECT_THROW(service.importFile(home.path() + u"/missing.json"_qs), SchedulerServiceError);
+    EXPECT_EQ(updates.count(), 1);
+    EXPECT_EQ(storedPosts(), exported);
+}
+
+} // namespace

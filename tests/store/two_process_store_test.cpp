@@ -1,0 +1,51 @@
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
+#include "model/scheduled_post.h"
+#include "support/temp_home.h"
+
+#include <QProcess>
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// One process rewrites a large schedule in a loop (synchronous and background saves)
+// while this one reads the document in a loop: every read must decode whole.
+TEST(TwoProcessStore, ReaderNeverSeesAHalfWrittenDocument)
+{
+    TempHome home;
+    PreferenceStore store(home.paths());
+
+    QProcess writer;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QUILLO_HOME"), home.path());
+    writer.setProcessEnvironment(env);
+    writer.start(QStringLiteral(STORE_WRITER), {QStringLiteral("60"), QStringLiteral("1500")});
+    ASSERT_TRUE(writer.waitForStarted());
+
+    int reads = 0;
+    QSet<qsizetype> sizesSeen;
+    while (writer.state() != QProcess::NotRunning) {
+        const auto document = store.data(PreferenceKeys::ScheduledPosts);
+        if (document) {
+            ++reads;
+            try {
+                sizesSeen.insert(ScheduledPost::decodeList(*document).size());
+            } catch (const CodingError& error) {
+                ADD_FAILURE() << "read " << reads << ": " << error.what();
+                break;
+            }
+        }
+        writer.waitForFinished(0);
+    }
+    ASSERT_TRUE(writer.waitForFinished(120000));
+    EXPECT_EQ(writer.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(writer.exitCode(), 0) << writer.readAllStandardError().constData();
+    EXPECT_GT(reads, 5);
+    // Several different versions of the document were read, so the reads overlapped the writes.
+    EXPECT_GT(sizesSeen.size(), 1);
+    std::printf("%d whole reads, %lld versions seen\n", reads, static_cast<long long>(sizesSeen.size()));
+}
+
+} // namespace
