@@ -15,7 +15,7 @@ JsonWriter::JsonWriter(JsonLayout layout, DateEncoding dates)
 void JsonWriter::newline()
 {
     m_out.push_back('\n');
-    m_out.append(2 * m_counts.size(), ' ');
+    m_out.append(static_cast<qsizetype>(2 * m_counts.size()), ' ');
 }
 
 void JsonWriter::beforeValue()
@@ -71,7 +71,7 @@ void JsonWriter::key(std::string_view name)
 
 namespace {
 
-void appendEscaped(std::string& out, char32_t c)
+void appendEscaped(QByteArray& out, char32_t c)
 {
     switch (c) {
     case '"': out.append("\\\""); return;
@@ -89,7 +89,7 @@ void appendEscaped(std::string& out, char32_t c)
     out.push_back(kHex[c & 0xF]);
 }
 
-void appendUtf8(std::string& out, char32_t cp)
+void appendUtf8(QByteArray& out, char32_t cp)
 {
     if (cp < 0x800) {
         out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
@@ -165,7 +165,7 @@ void JsonWriter::number(double value)
         result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(value));
     else
         result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    m_out.append(buffer, result.ptr);
+    m_out.append(buffer, result.ptr - buffer);
 }
 
 void JsonWriter::boolean(bool value)
@@ -201,7 +201,7 @@ void JsonWriter::uuid(const QUuid& id)
         *p++ = kHex[bytes[i] & 0xF];
     }
     *p++ = '"';
-    m_out.append(text, p);
+    m_out.append(text, p - text);
 }
 
 void JsonWriter::date(Timestamp date)
@@ -222,7 +222,3 @@ void JsonWriter::fileUrl(const FileUrl& url)
     endObject();
 }
 
-QByteArray JsonWriter::toByteArray() const
-{
-    return QByteArray(m_out.data(), static_cast<qsizetype>(m_out.size()));
-}

@@ -41,8 +41,9 @@ public:
     // The keyed URL form {"relative": "..."}.
     void fileUrl(const FileUrl& url);
 
-    const std::string& text() const { return m_out; }
-    QByteArray toByteArray() const;
+    std::string_view text() const { return {m_out.constData(), static_cast<size_t>(m_out.size())}; }
+    // Shares the buffer: no copy of a large document.
+    QByteArray toByteArray() const { return m_out; }
 
 private:
     void beforeValue();
@@ -50,7 +51,7 @@ private:
     // A string of valid UTF-8, escaped, without the separator logic.
     void appendString(std::string_view utf8);
 
-    std::string m_out;
+    QByteArray m_out;
     bool m_pretty;
     DateEncoding m_dates;
     // Per open container: how many elements it has so far.
@@ -65,5 +66,6 @@ Json toJsonValue(const T& value, DateEncoding dates = DateEncoding::referenceSec
 {
     JsonWriter writer(JsonLayout::compact, dates);
     value.write(writer);
-    return Json::parse(writer.text());
+    const std::string_view text = writer.text();
+    return Json::parse(text.begin(), text.end());
 }

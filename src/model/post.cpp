@@ -69,7 +69,8 @@ Json Post::threadToJson(const QList<Post>& thread, DateEncoding dates)
 {
     JsonWriter writer(JsonLayout::compact, dates);
     writeThread(writer, thread);
-    return Json::parse(writer.text());
+    const std::string_view text = writer.text();
+    return Json::parse(text.begin(), text.end());
 }
 
 QList<Post> Post::decodeThread(const JsonReader& reader)
