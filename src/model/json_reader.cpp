@@ -50,6 +50,15 @@ JsonReader::JsonReader(const JsonTape& tape, DateEncoding dates)
 {
 }
 
+JsonReader::JsonReader(const Json& value, DateEncoding dates)
+    : m_dates(dates)
+{
+    const std::string text = value.dump();
+    m_owned = std::make_shared<const JsonTape>(
+        JsonTape::parse(QByteArray(text.data(), static_cast<qsizetype>(text.size()))));
+    m_tape = m_owned.get();
+}
+
 JsonReader::JsonReader(const JsonReader& parent, std::uint32_t index, std::string_view key, size_t position)
     : m_tape(parent.m_tape)
     , m_index(index)

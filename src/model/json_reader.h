@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QUuid>
 
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -24,6 +25,8 @@ class JsonReader {
 public:
     // The document's top-level value.
     explicit JsonReader(const JsonTape& tape, DateEncoding dates = DateEncoding::referenceSeconds);
+    // A value held as nlohmann::json; the reader keeps its own parsed copy of it.
+    explicit JsonReader(const Json& value, DateEncoding dates = DateEncoding::referenceSeconds);
 
     // Parses a document and hands its top-level value to decode(const JsonReader&).
     template<class Decode>
@@ -127,7 +130,8 @@ private:
     JsonReader(const JsonReader& parent, std::uint32_t index, std::string_view key, size_t position);
     const JsonTape::Node& node() const { return m_tape->node(m_index); }
 
-    const JsonTape* m_tape;
+    std::shared_ptr<const JsonTape> m_owned;
+    const JsonTape* m_tape = nullptr;
     std::uint32_t m_index = 0;
     DateEncoding m_dates;
     const JsonReader* m_parent = nullptr;
