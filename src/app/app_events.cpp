@@ -17,6 +17,28 @@ void AppEvents::logRequestsWithoutWindows()
     connect(this, &AppEvents::licenseRequested, this, [](const QString& action) {
         qCInfo(lcApp).noquote() << "Would open the license window:" << action;
     });
+    connect(this, &AppEvents::composerRequested, this, [](const QList<Post>& drafts, const QStringList& platforms) {
+        qCInfo(lcApp).noquote() << QStringLiteral("Would open the composer with %1 post(s) for [%2]")
+                                       .arg(drafts.size())
+                                       .arg(platforms.join(QStringLiteral(", ")));
+    });
+    connect(this, &AppEvents::schedulerRequested, this, [](const ScheduledPost& post) {
+        qCInfo(lcApp).noquote() << QStringLiteral("Would open the scheduling sheet with %1 post(s), status %2")
+                                       .arg(post.content.size())
+                                       .arg(rawValue(post.status));
+    });
+    connect(this, &AppEvents::scheduledPostEditRequested, this, [](const ScheduledPost& post) {
+        qCInfo(lcApp).noquote() << "Would open the composer to review scheduled post" << post.id.toString(QUuid::WithoutBraces);
+    });
+    connect(this, &AppEvents::addAccountRequested, this, [](PlatformType, const QString& section) {
+        qCInfo(lcApp).noquote() << "Would open settings at" << section << "with the add-account form";
+    });
+    connect(this, &AppEvents::prefillMastodonInstanceRequested, this, [](const QString& instance) {
+        qCInfo(lcApp).noquote() << "Would prefill the Mastodon instance" << instance;
+    });
+    connect(this, &AppEvents::accountConnectRequested, this, [](PlatformType platform) {
+        qCInfo(lcApp).noquote() << "Would start connecting a" << displayName(platform) << "account";
+    });
     connect(this, &AppEvents::alertRequested, this, [](const QString& title, const QString& message) {
         qCWarning(lcApp).noquote() << QStringLiteral("Alert \"") + title + QStringLiteral("\": ") + message;
     });

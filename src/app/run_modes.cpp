@@ -11,6 +11,7 @@
 #include "commands/command_channel_client.h"
 #include "commands/command_channel_server.h"
 #include "commands/command_router.h"
+#include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
 #include "mcp/mcp_log.h"
 #include "mcp/mcp_server.h"
@@ -20,8 +21,11 @@
 #include "mcp/mcp_state_reader.h"
 #include "mcp/mcp_tool_handlers.h"
 #include "platforms/oauth/oauth_callback_hub.h"
+#include "store/account_manager.h"
+#include "store/scheduler_service.h"
 
 #include <QCoreApplication>
+#include <QNetworkAccessManager>
 
 #include <csignal>
 #include <cstdio>
@@ -101,8 +105,13 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     AppEvents events;
     // No window subscribes yet in either mode, so every request is logged instead.
     events.logRequestsWithoutWindows();
+    PreferenceStore preferences(paths);
+    SchedulerService scheduler(preferences);
+    AccountManager accounts(preferences);
+    QNetworkAccessManager network;
+    MediaImporter media(paths.mediaDir(), network);
     OAuthCallbackHub oauthCallbacks;
-    URLSchemeHandler urlCommands(events);
+    URLSchemeHandler urlCommands(events, scheduler, accounts, media);
     CommandRouter router(oauthCallbacks, urlCommands);
     CommandChannelServer channel(paths, [&router](QString url) { return router.route(std::move(url)); });
     switch (channel.start()) {
@@ -117,7 +126,6 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
 
     if (options.mode == RunMode::Desktop)
         qCInfo(lcApp).noquote() << "Windows are not part of this build yet; running without them";
-    PreferenceStore preferences(paths);
     QuilloInstance instance(paths, options, preferences);
 
     UnixSignalWatcher signals;
@@ -129,7 +137,12 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     });
 
     instance.launch();
+    // After launch: a UI-test reset may just have cleared the store. Commands that
+    // arrived meanwhile wait in the channel's queue until the loop runs.
+    accounts.reload();
+    scheduler.loadPosts();
     const int status = app.exec();
+    scheduler.waitForPendingSaves();
     preferences.sync();
     qCInfo(lcApp).noquote() << "Quillo stopped";
     return status;

@@ -1,15 +1,18 @@
 #include "commands/url_scheme_handler.h"
 
 #include "app/app_events.h"
+#include "commands/account_commands.h"
 #include "commands/command_date_parser.h"
+#include "commands/command_thread.h"
 #include "commands/commands_log.h"
+#include "commands/media_importer.h"
 #include "commands/url_scheme_error.h"
-
-#include <QUrlQuery>
+#include "store/account_manager.h"
+#include "store/scheduler_service.h"
 
 namespace {
 
-const QString kLogPrefix = QStringLiteral("📱 URLSchemeHandler: ");
+constexpr qsizetype kMaxMediaPerPost = 4;
 
 // The success log line, and the same words (without the marker) as the reply.
 CommandOutcome succeeded(const QString& text)
@@ -18,33 +21,62 @@ CommandOutcome succeeded(const QString& text)
     return CommandOutcome::success(text);
 }
 
-URLSchemeHandler::Params queryParams(const QUrl& url)
+bool isStealth(const CommandParams& params)
 {
-    URLSchemeHandler::Params params;
-    const auto items = QUrlQuery(url).queryItems(QUrl::FullyDecoded);
-    for (const auto& [name, value] : items)
-        params.insert(name, value);
-    return params;
+    return params.isTrue(QStringLiteral("stealthMode"));
 }
 
-QString describe(const URLSchemeHandler::Params& params)
+bool logStealth(const CommandParams& params)
 {
-    QStringList entries;
-    for (auto it = params.cbegin(); it != params.cend(); ++it)
-        entries << u'"' + it.key() + QStringLiteral("\": \"") + it.value() + u'"';
-    return u'[' + (entries.isEmpty() ? QStringLiteral(":") : entries.join(QStringLiteral(", "))) + u']';
+    qCInfo(lcCommands).noquote() << QStringLiteral("🔍 URLSchemeHandler: stealthMode param = '")
+            + params.value(QStringLiteral("stealthMode")) + u'\'';
+    return isStealth(params);
 }
 
-bool isStealth(const URLSchemeHandler::Params& params)
+std::optional<QuoteContext> quoteFrom(const QString& quote)
 {
-    return params.value(QStringLiteral("stealthMode")) == QStringLiteral("true");
+    if (quote.trimmed().isEmpty())
+        return std::nullopt;
+    QuoteContext context;
+    context.text = quote.trimmed();
+    // A link to the post is the usual way to name it; keep what its address tells.
+    const QUrl url(context.text);
+    const QStringList path = url.path().split(u'/', Qt::SkipEmptyParts);
+    const QString host = url.host().toLower();
+    if ((host.endsWith(QStringLiteral("x.com")) || host.endsWith(QStringLiteral("twitter.com"))) && path.size() >= 3
+        && path[1] == QStringLiteral("status"))
+        context.setIdOn(PlatformType::x, path[2]);
+    else if (host == QStringLiteral("bsky.app") && path.size() >= 4 && path[0] == QStringLiteral("profile")
+             && path[2] == QStringLiteral("post"))
+        context.setIdOn(PlatformType::bluesky,
+                        QStringLiteral("at://") + path[1] + QStringLiteral("/app.bsky.feed.post/") + path[3]);
+    else if (path.size() >= 2 && path[0].startsWith(u'@'))
+        context.setIdOn(PlatformType::mastodon, path[1]);
+    return context;
+}
+
+PostStatus statusFrom(const CommandParams& params, PostStatus fallback)
+{
+    const auto text = params.get(QStringLiteral("status"));
+    if (!text)
+        return fallback;
+    if (*text == QStringLiteral("draft"))
+        return PostStatus::draft;
+    if (*text == QStringLiteral("queued"))
+        return PostStatus::queued;
+    throw URLSchemeError::invalidParameter(QStringLiteral("status must be 'draft' or 'queued', not '") + *text + u'\'');
 }
 
 } // namespace
 
-URLSchemeHandler::URLSchemeHandler(AppEvents& events, QObject* parent)
+URLSchemeHandler::URLSchemeHandler(AppEvents& events, SchedulerService& scheduler, AccountManager& accounts,
+                                   MediaImporter& media, QObject* parent)
     : QObject(parent)
     , m_events(events)
+    , m_scheduler(scheduler)
+    , m_accounts(accounts)
+    , m_media(media)
+    , m_builder(accounts)
 {
 }
 
@@ -85,8 +117,8 @@ QString URLSchemeHandler::actionName(Action action)
 
 QCoro::Task<CommandOutcome> URLSchemeHandler::handle(QUrl url)
 {
-    qCInfo(lcCommands).noquote() << kLogPrefix + QStringLiteral("Processing URL: ") + url.toString();
-    const Params params = queryParams(url);
+    qCInfo(lcCommands).noquote() << QStringLiteral("📱 URLSchemeHandler: Processing URL: ") + url.toString();
+    const CommandParams params = CommandParams::fromUrl(url);
     QString alertTitle = QStringLiteral("URL Scheme Error");
     CommandOutcome outcome;
     try {
@@ -95,12 +127,13 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::handle(QUrl url)
         const auto action = actionForHost(url.host());
         if (!action) {
             alertTitle = QStringLiteral("Invalid URL Action");
+            // `scheduled` is accepted but, as ever, not advertised here.
             throw URLSchemeError::failed(QStringLiteral("Unknown action: '") + url.host()
                                          + QStringLiteral("'. Valid actions: compose, schedule, calendar, settings, "
                                                           "license, open, accounts"));
         }
-        qCInfo(lcCommands).noquote() << kLogPrefix + QStringLiteral("Action=") + actionName(*action)
-                + QStringLiteral(", Params") + describe(params);
+        qCInfo(lcCommands).noquote() << QStringLiteral("📱 URLSchemeHandler: Action=") + actionName(*action)
+                + QStringLiteral(", Params") + params.describe();
         outcome = co_await run(*action, params);
     } catch (const URLSchemeError& error) {
         outcome = CommandOutcome::failure(error.message());
@@ -113,41 +146,213 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::handle(QUrl url)
     co_return outcome;
 }
 
-QCoro::Task<CommandOutcome> URLSchemeHandler::run(Action action, Params params)
+QCoro::Task<CommandOutcome> URLSchemeHandler::run(Action action, CommandParams params)
 {
     switch (action) {
+    case Action::Compose: co_return co_await compose(params);
+    case Action::Schedule: co_return co_await schedule(params);
     case Action::Calendar: co_return openCalendar(params);
-    case Action::Settings: co_return openSettings(params);
+    case Action::Settings: co_return settings(params);
     case Action::License: co_return openLicense(params);
     case Action::Open: co_return activate();
-    case Action::Compose:
-    case Action::Schedule:
-    case Action::Accounts:
-    case Action::Scheduled:
-        break;
+    case Action::Accounts: co_return AccountCommands(m_accounts, m_events).run(params);
+    case Action::Scheduled: co_return co_await scheduled(params);
     }
-    throw URLSchemeError::failed(actionName(action) + QStringLiteral(" is not available in this build yet"));
+    co_return CommandOutcome::failure(QStringLiteral("Unknown action"));
 }
 
-CommandOutcome URLSchemeHandler::openCalendar(const Params& params)
+QList<Post> URLSchemeHandler::threadFrom(const CommandParams& params)
+{
+    const QString text = params.value(QStringLiteral("text"));
+    const QString thread = params.value(QStringLiteral("thread")).trimmed();
+    // A thread given as a JSON array of texts spells the posts out.
+    const QStringList texts = thread.startsWith(u'[')
+        ? CommandThread::parseTexts(thread)
+        : CommandThread::textsFor(text, thread == QStringLiteral("true"), params.isTrue(QStringLiteral("autosplit")));
+    QList<Post> posts;
+    for (const QString& piece : texts)
+        posts.append(Post::create(piece));
+    if (!posts.isEmpty())
+        posts.first().quoteContext = quoteFrom(params.value(QStringLiteral("quote")));
+    return posts;
+}
+
+QCoro::Task<QList<PostMedia>> URLSchemeHandler::mediaFrom(CommandParams params)
+{
+    const QStringList references = params.list(QStringLiteral("media"));
+    if (references.size() > kMaxMediaPerPost)
+        throw URLSchemeError::invalidParameter(QStringLiteral("media: at most %1 items per post").arg(kMaxMediaPerPost));
+    if (references.isEmpty())
+        co_return QList<PostMedia>{};
+    co_return co_await m_media.importAll(references);
+}
+
+void URLSchemeHandler::persist()
+{
+    m_scheduler.waitForPendingSaves();
+    qCInfo(lcCommands).noquote() << QStringLiteral("💾 URLSchemeHandler: Posting .scheduledPostsDidUpdate notification with ")
+            + QString::number(m_scheduler.scheduledPosts().size()) + QStringLiteral(" posts");
+}
+
+QCoro::Task<CommandOutcome> URLSchemeHandler::compose(CommandParams params)
+{
+    QList<Post> drafts = threadFrom(params);
+    const QList<PostMedia> media = co_await mediaFrom(params);
+    drafts.first().mediaItems = media;
+    QStringList platforms;
+    const QStringList given = params.list(QStringLiteral("platforms"));
+    for (const QString& name : given) {
+        if (const auto platform = platformTypeFromName(name))
+            platforms << rawValue(*platform);
+        else
+            qCWarning(lcCommands).noquote() << QStringLiteral("⚠️ URLSchemeHandler: Unknown platform '") + name + u'\'';
+    }
+    Q_EMIT m_events.composerRequested(drafts, platforms);
+    co_return succeeded(QStringLiteral("Opened composer with %1 post(s)").arg(drafts.size()));
+}
+
+QCoro::Task<CommandOutcome> URLSchemeHandler::schedule(CommandParams params)
+{
+    const bool stealth = logStealth(params);
+    ScheduledPost post;
+    post.id = QUuid::createUuid();
+    post.timeZoneIdentifier = QString::fromUtf8(QTimeZone::systemTimeZoneId());
+    post.status = statusFrom(params, PostStatus::queued);
+    m_builder.applyTimeZone(post, params);
+    // Without a date the post goes out an hour from now.
+    post.scheduledDate = Timestamp::now().addSeconds(3600);
+    m_builder.applyDate(post, params);
+    m_builder.applyPlatforms(post, params, true);
+    m_builder.applyAccounts(post, params);
+    post.content = threadFrom(params);
+    // Media last: nothing is copied for a command that fails on a simple parameter.
+    post.content.first().mediaItems = co_await mediaFrom(params);
+    if (post.content.size() == 1 && post.content.first().text.isEmpty() && post.content.first().mediaItems.isEmpty())
+        throw URLSchemeError::invalidParameter(QStringLiteral("text: a post needs text or media"));
+
+    if (stealth) {
+        m_scheduler.addOrUpdate(post);
+        persist();
+        co_return succeeded(QStringLiteral("Scheduled in background (stealth mode)"));
+    }
+    qCInfo(lcCommands).noquote() << QStringLiteral("📨 Posting .openComposerWithDrafts with ScheduledPost payload");
+    Q_EMIT m_events.schedulerRequested(post);
+    co_return succeeded(QStringLiteral("Opened scheduler with prefilled config"));
+}
+
+QCoro::Task<CommandOutcome> URLSchemeHandler::scheduled(CommandParams params)
+{
+    const auto action = params.get(QStringLiteral("action"));
+    if (!action || action->isEmpty())
+        throw URLSchemeError::failed(QStringLiteral("Missing action parameter. Use 'edit' or 'delete'"));
+    if (*action == QStringLiteral("edit"))
+        co_return co_await editScheduled(params);
+    if (*action == QStringLiteral("delete"))
+        co_return deleteScheduled(params);
+    throw URLSchemeError::failed(QStringLiteral("Unknown scheduled action: '") + *action
+                                 + QStringLiteral("'. Valid actions: 'edit', 'delete'"));
+}
+
+namespace {
+
+ScheduledPost storedPost(const SchedulerService& scheduler, const CommandParams& params)
+{
+    const QString text = params.value(QStringLiteral("id")).trimmed();
+    const QUuid id = QUuid::fromString(text);
+    if (id.isNull())
+        throw URLSchemeError::failed(QStringLiteral("Invalid or missing post ID"));
+    const auto post = scheduler.scheduledPost(id);
+    if (!post)
+        throw URLSchemeError::failed(QStringLiteral("Scheduled post not found with ID: ") + text);
+    return *post;
+}
+
+} // namespace
+
+QCoro::Task<CommandOutcome> URLSchemeHandler::editScheduled(CommandParams params)
+{
+    const bool stealth = logStealth(params);
+    ScheduledPost post = storedPost(m_scheduler, params);
+    const QString id = post.id.toString(QUuid::WithoutBraces).toUpper();
+    if (post.status == PostStatus::published)
+        throw URLSchemeError::failed(QStringLiteral("Cannot edit a published post (ID: ") + id
+                                     + QStringLiteral("). Published posts are read-only."));
+    if (const auto status = params.get(QStringLiteral("status"))) {
+        if (*status != QStringLiteral("draft") && *status != QStringLiteral("queued"))
+            throw URLSchemeError::failed(
+                QStringLiteral("Invalid status change: can only set status to 'draft' or 'queued'. Current status: ")
+                + rawValue(post.status));
+        post.status = *status == QStringLiteral("draft") ? PostStatus::draft : PostStatus::queued;
+    }
+
+    if (const auto thread = params.get(QStringLiteral("thread"))) {
+        CommandThread::setTexts(post.content, CommandThread::parseTexts(*thread));
+    } else if (const auto ops = params.get(QStringLiteral("threadOps"))) {
+        CommandThread::applyOps(post.content, *ops);
+    } else if (const auto text = params.get(QStringLiteral("text"))) {
+        if (params.isTrue(QStringLiteral("autosplit")))
+            CommandThread::setTexts(post.content, CommandThread::textsFor(*text, false, true));
+        else if (post.content.size() == 1)
+            post.content.first().text = *text;
+        else
+            throw URLSchemeError::invalidParameter(
+                QStringLiteral("text replaces the text of a single-post thread; use thread or threadOps for a thread"));
+    }
+    m_builder.applyTimeZone(post, params);
+    m_builder.applyDate(post, params);
+    m_builder.applyPlatforms(post, params, false);
+    m_builder.applyAccounts(post, params);
+    if (params.has(QStringLiteral("media")))
+        post.content.first().mediaItems = co_await mediaFrom(params);
+
+    m_scheduler.addOrUpdate(post, post.id);
+    persist();
+    if (stealth)
+        co_return succeeded(QStringLiteral("Scheduled post edited in background (stealth mode)"));
+    Q_EMIT m_events.scheduledPostEditRequested(post);
+    co_return succeeded(QStringLiteral("Opened scheduler for editing post"));
+}
+
+CommandOutcome URLSchemeHandler::deleteScheduled(const CommandParams& params)
+{
+    const bool stealth = logStealth(params);
+    const ScheduledPost post = storedPost(m_scheduler, params);
+    m_scheduler.deletePost(post.id);
+    persist();
+    return succeeded(stealth ? QStringLiteral("Scheduled post deleted in background (stealth mode)")
+                             : QStringLiteral("Scheduled post deleted"));
+}
+
+CommandOutcome URLSchemeHandler::openCalendar(const CommandParams& params)
 {
     QDateTime date;
-    if (params.contains(QStringLiteral("date"))) {
-        const auto parsed = CommandDateParser::parse(params.value(QStringLiteral("date")), QTimeZone::systemTimeZone());
-        if (parsed)
+    if (const auto text = params.get(QStringLiteral("date"))) {
+        if (const auto parsed = CommandDateParser::parse(text->trimmed(), QTimeZone::systemTimeZone()))
             date = *parsed;
     }
     Q_EMIT m_events.calendarRequested(params.value(QStringLiteral("view")), date, params.value(QStringLiteral("status")));
     return succeeded(QStringLiteral("Opened calendar"));
 }
 
-CommandOutcome URLSchemeHandler::openSettings(const Params& params)
+CommandOutcome URLSchemeHandler::settings(const CommandParams& params)
 {
+    const auto platformName = params.get(QStringLiteral("platform"));
+    const auto enabled = params.get(QStringLiteral("set-enabled"));
+    if (platformName && enabled) {
+        const auto platform = platformTypeFromRawValue(platformName->trimmed().toLower());
+        if (!platform)
+            throw URLSchemeError::failed(QStringLiteral("Invalid platform: ") + *platformName
+                                         + QStringLiteral(". Valid: x, bluesky, mastodon"));
+        if (*enabled != QStringLiteral("true") && *enabled != QStringLiteral("false"))
+            throw URLSchemeError::invalidParameter(QStringLiteral("set-enabled must be 'true' or 'false'"));
+        m_accounts.setPlatformEnabled(*platform, *enabled == QStringLiteral("true"));
+        return succeeded(QStringLiteral("Toggled ") + rawValue(*platform) + QStringLiteral(" platform to ") + *enabled);
+    }
     Q_EMIT m_events.settingsRequested(params.value(QStringLiteral("section"), QStringLiteral("general")));
     return succeeded(QStringLiteral("Opened settings"));
 }
 
-CommandOutcome URLSchemeHandler::openLicense(const Params& params)
+CommandOutcome URLSchemeHandler::openLicense(const CommandParams& params)
 {
     const QString action = params.value(QStringLiteral("action"));
     Q_EMIT m_events.licenseRequested(action);

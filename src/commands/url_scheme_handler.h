@@ -1,8 +1,10 @@
 #pragma once
 
 #include "commands/command_outcome.h"
+#include "commands/command_params.h"
+#include "commands/scheduled_post_builder.h"
+#include "model/post.h"
 
-#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QUrl>
@@ -11,19 +13,22 @@
 
 #include <optional>
 
+class AccountManager;
 class AppEvents;
+class MediaImporter;
+class SchedulerService;
 
 // Carries out quillo:// commands: links from other applications, scripts, and every
 // command the MCP server sends. The action is the URL's host, its parameters the query
 // items. In stealth mode a command changes stored state without raising any window or
-// alert. Runs on the main thread, one command at a time.
+// alert. Runs on the main thread, one command at a time (the command channel queues).
 class URLSchemeHandler : public QObject {
     Q_OBJECT
 public:
     enum class Action { Compose, Schedule, Calendar, Settings, License, Open, Accounts, Scheduled };
-    using Params = QMap<QString, QString>;
 
-    URLSchemeHandler(AppEvents& events, QObject* parent = nullptr);
+    URLSchemeHandler(AppEvents& events, SchedulerService& scheduler, AccountManager& accounts, MediaImporter& media,
+                     QObject* parent = nullptr);
 
     QCoro::Task<CommandOutcome> handle(QUrl url);
 
@@ -32,11 +37,27 @@ public:
     static QString actionName(Action action);
 
 private:
-    QCoro::Task<CommandOutcome> run(Action action, Params params);
-    CommandOutcome openCalendar(const Params& params);
-    CommandOutcome openSettings(const Params& params);
-    CommandOutcome openLicense(const Params& params);
+    QCoro::Task<CommandOutcome> run(Action action, CommandParams params);
+    QCoro::Task<CommandOutcome> compose(CommandParams params);
+    QCoro::Task<CommandOutcome> schedule(CommandParams params);
+    QCoro::Task<CommandOutcome> editScheduled(CommandParams params);
+    CommandOutcome deleteScheduled(const CommandParams& params);
+    QCoro::Task<CommandOutcome> scheduled(CommandParams params);
+    CommandOutcome openCalendar(const CommandParams& params);
+    CommandOutcome settings(const CommandParams& params);
+    CommandOutcome openLicense(const CommandParams& params);
     CommandOutcome activate();
 
+    // The thread that `text`, `thread`, `autosplit` and `quote` describe.
+    static QList<Post> threadFrom(const CommandParams& params);
+    // `media`, imported into the media folder; at most one post's worth.
+    QCoro::Task<QList<PostMedia>> mediaFrom(CommandParams params);
+    // Saves the list and waits until it is on disk: a reply means the change is stored.
+    void persist();
+
     AppEvents& m_events;
+    SchedulerService& m_scheduler;
+    AccountManager& m_accounts;
+    MediaImporter& m_media;
+    ScheduledPostBuilder m_builder;
 };

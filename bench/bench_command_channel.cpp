@@ -1,0 +1,113 @@
+// Command channel figures: 1,000 stealth `schedule` commands sent one after another to
+// a headless instance that already holds 1,000 posts. Each round trip is a fresh
+// connection, the command, the store's save reaching the disk, and the reply.
+#include "app/app_paths.h"
+#include "app/preferences/preference_store.h"
+#include "commands/command_channel_client.h"
+#include "model/scheduled_post.h"
+#include "store/scheduler_service.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr int kStoredPosts = 1000;
+constexpr int kCommands = 1000;
+
+void storePosts(const AppPaths& paths)
+{
+    PreferenceStore preferences(paths);
+    SchedulerService scheduler(preferences);
+    QList<ScheduledPost> posts;
+    for (int i = 0; i < kStoredPosts; ++i) {
+        ScheduledPost post;
+        post.id = QUuid::createUuid();
+        post.content = {Post::create(QStringLiteral("Stored post number %1 with an ordinary length of text, "
+                                                    "a link https://example.org/%1 and a #tag")
+                                         .arg(i))};
+        post.scheduledDate = Timestamp::now().addSeconds(3600.0 * (i + 1));
+        post.timeZoneIdentifier = QStringLiteral("Europe/Berlin");
+        post.platforms = {QStringLiteral("x"), QStringLiteral("bluesky")};
+        posts.append(post);
+    }
+    scheduler.savePosts(posts);
+}
+
+bool waitForChannel(const AppPaths& paths)
+{
+    const QDeadlineTimer deadline(20000);
+    while (!deadline.hasExpired()) {
+        QLocalSocket socket;
+        socket.connectToServer(paths.socketPath());
+        if (socket.waitForConnected(500))
+            return true;
+        QThread::msleep(20);
+    }
+    return false;
+}
+
+double percentile(std::vector<double> values, double fraction)
+{
+    std::sort(values.begin(), values.end());
+    return values[std::min(values.size() - 1, size_t(fraction * double(values.size())))];
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QTemporaryDir home;
+    const AppPaths paths = AppPaths::underHome(home.path());
+    storePosts(paths);
+
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QUILLO_HOME"), home.path());
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    QProcess instance;
+    instance.setProcessEnvironment(environment);
+    instance.setStandardErrorFile(QProcess::nullDevice());
+    instance.start(QStringLiteral(QUILLO_BINARY), {QStringLiteral("--headless")});
+    if (!instance.waitForStarted() || !waitForChannel(paths)) {
+        std::fprintf(stderr, "the instance did not start\n");
+        return 1;
+    }
+
+    CommandChannelClient::Options options;
+    options.autoStart = false;
+    options.desktopOpener.clear();
+    CommandChannelClient client(paths, options);
+    std::vector<double> millis;
+    millis.reserve(kCommands);
+    int failures = 0;
+    for (int i = 0; i < kCommands; ++i) {
+        const QString url = QStringLiteral("quillo://schedule?text=Bench%20post%20") + QString::number(i)
+            + QStringLiteral("&status=draft&platforms=x,bluesky&stealthMode=true");
+        const auto start = Clock::now();
+        const CommandOutcome outcome = client.send(url, std::chrono::seconds(10));
+        millis.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        failures += outcome.ok ? 0 : 1;
+    }
+    instance.terminate();
+    instance.waitForFinished();
+
+    const auto stored = PreferenceStore(paths).data(QStringLiteral("scheduledPosts"));
+    const qsizetype count = stored ? ScheduledPost::decodeList(*stored).size() : 0;
+    std::printf("stealth schedule round trip, %d commands onto %d stored posts (%d failed, %lld stored at the end)\n",
+                kCommands, kStoredPosts, failures, static_cast<long long>(count));
+    std::printf("  median %.3f ms   p90 %.3f ms   p99 %.3f ms   max %.3f ms\n", percentile(millis, 0.5),
+                percentile(millis, 0.9), percentile(millis, 0.99), percentile(millis, 1.0));
+    return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "model/post.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// The thread a command describes, and the edits it makes to a stored thread. Parse
+// failures throw URLSchemeError.
+namespace CommandThread {
+
+// The per-post limit used when a command asks for a long text to be split.
+inline constexpr qsizetype kSplitLimit = 280;
+
+// The post texts of one command text: cut at the user's own post breaks when `thread`
+// is asked for, split to the post limit when `autosplit` is; otherwise one post.
+QStringList textsFor(const QString& text, bool thread, bool autosplit);
+
+// `thread` of an edit: a JSON array of texts.
+QStringList parseTexts(const QString& json);
+
+// Gives the thread these texts. Posts that stay keep their id and media; new ones are
+// created, surplus ones removed.
+void setTexts(QList<Post>& thread, const QStringList& texts);
+
+// `threadOps` of an edit, a JSON array of {op, index, text}, applied in order:
+// "insert" and "replace" at index, "delete" at index, "append" at the end. Unknown
+// ops are logged and skipped; an index outside the thread or a thread left empty fails.
+void applyOps(QList<Post>& thread, const QString& json);
+
+} // namespace CommandThread

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "app/app_events.h"
+#include "app/preferences/preference_store.h"
+#include "commands/command_outcome.h"
+#include "commands/media_importer.h"
+#include "commands/url_scheme_handler.h"
+#include "store/account_manager.h"
+#include "store/scheduler_service.h"
+#include "support/temp_home.h"
+
+#include <QNetworkAccessManager>
+#include <QSignalSpy>
+#include <QUrl>
+
+#include <qcoro/qcorotask.h>
+
+#include <gtest/gtest.h>
+
+// A URLSchemeHandler over real stores in a temporary home, with two X accounts
+// ("work", nicknamed "Work", and "home"), one Bluesky account, and X and Bluesky enabled.
+class HandlerFixture : public ::testing::Test {
+protected:
+    HandlerFixture()
+        : preferences(home.paths())
+        , scheduler(preferences)
+        , accounts(preferences)
+        , media(home.paths().mediaDir(), network, MediaImporter::Limits{4096, std::chrono::milliseconds(3000)})
+        , handler(events, scheduler, accounts, media)
+        , alerts(&events, &AppEvents::alertRequested)
+    {
+        work = addAccount(PlatformType::x, QStringLiteral("work"), {{QStringLiteral("apiKey"), QStringLiteral("k1")},
+                                                                   {QStringLiteral("apiSecret"), QStringLiteral("s1")}});
+        personal = addAccount(PlatformType::x, QStringLiteral("home"), {{QStringLiteral("apiKey"), QStringLiteral("k2")},
+                                                                       {QStringLiteral("apiSecret"), QStringLiteral("s2")}});
+        sky = addAccount(PlatformType::bluesky, QStringLiteral("me.bsky.social"),
+                         {{QStringLiteral("handle"), QStringLiteral("me.bsky.social")},
+                          {QStringLiteral("appPassword"), QStringLiteral("pw")}});
+        SocialAccount named = *accounts.account(work);
+        named.nickname = QStringLiteral("Work");
+        accounts.updateAccount(named);
+        accounts.setPlatformEnabled(PlatformType::x, true);
+        accounts.setPlatformEnabled(PlatformType::bluesky, true);
+    }
+
+    QUuid addAccount(PlatformType platform, const QString& name, const QMap<QString, QString>& credentials)
+    {
+        const SocialAccount account = SocialAccount::create(platform, name, credentials);
+        EXPECT_EQ(accounts.addAccount(account), std::nullopt);
+        return account.id;
+    }
+
+    CommandOutcome send(const QString& url) { return QCoro::waitFor(handler.handle(QUrl(url))); }
+
+    // What another process would read: the stored document, not the in-memory list.
+    QList<ScheduledPost> stored()
+    {
+        scheduler.waitForPendingSaves();
+        const auto document = preferences.data(QStringLiteral("scheduledPosts"));
+        return document ? ScheduledPost::decodeList(*document) : QList<ScheduledPost>{};
+    }
+
+    ScheduledPost storedOne()
+    {
+        const auto posts = stored();
+        EXPECT_EQ(posts.size(), 1);
+        return posts.value(0);
+    }
+
+    TempHome home;
+    PreferenceStore preferences;
+    SchedulerService scheduler;
+    AccountManager accounts;
+    QNetworkAccessManager network;
+    MediaImporter media;
+    AppEvents events;
+    URLSchemeHandler handler;
+    QSignalSpy alerts;
+    QUuid work;
+    QUuid personal;
+    QUuid sky;
+};

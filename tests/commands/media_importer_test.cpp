@@ -1,0 +1,120 @@
+// Media named by commands: local paths and file URLs are copied into the media folder,
+// remote files are downloaded within bounds, cut-off images are refused.
+#include "commands/media_importer.h"
+#include "commands/url_scheme_error.h"
+#include "support/temp_home.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QNetworkAccessManager>
+
+#include <httplib.h>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray pngBytes()
+{
+    QImage image(8, 8, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+QString write(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
+    return path;
+}
+
+// A loopback server with one good image, one cut-off image and one that is too big.
+class MediaServer {
+public:
+    MediaServer()
+    {
+        const std::string png = pngBytes().toStdString();
+        m_server.Get("/ok", [png](const httplib::Request&, httplib::Response& res) { res.set_content(png, "image/png"); });
+        m_server.Get("/cut", [png](const httplib::Request&, httplib::Response& res) {
+            res.set_content(png.substr(0, png.size() / 2), "image/png");
+        });
+        m_server.Get("/big", [](const httplib::Request&, httplib::Response& res) {
+            res.set_content(std::string(100000, 'x'), "image/png");
+        });
+        m_port = m_server.bind_to_any_port("127.0.0.1");
+        m_thread = std::thread([this] { m_server.listen_after_bind(); });
+        while (!m_server.is_running())
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ~MediaServer()
+    {
+        m_server.stop();
+        m_thread.join();
+    }
+    QString url(const char* path) const { return u"http://127.0.0.1:%1"_s.arg(m_port) + QString::fromLatin1(path); }
+
+private:
+    httplib::Server m_server;
+    int m_port = 0;
+    std::thread m_thread;
+};
+
+} // namespace
+
+TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
+{
+    TempHome home;
+    const QString mediaDir = home.paths().mediaDir();
+    QNetworkAccessManager network;
+    MediaImporter importer(mediaDir, network, MediaImporter::Limits{50000, std::chrono::milliseconds(5000)});
+    MediaServer server;
+
+    const QByteArray png = pngBytes();
+    const QString whole = write(home.path() + u"/whole.png"_s, png);
+    const QString cut = write(home.path() + u"/cut.png"_s, png.left(png.size() - 20));
+    const QString video = write(home.path() + u"/clip.mp4"_s, QByteArray("\0\0\0\x18" "ftypmp42", 12) + QByteArray(64, '\0'));
+
+    const QList<PostMedia> imported = QCoro::waitFor(
+        importer.importAll({whole, QUrl::fromLocalFile(whole).toString(), server.url("/ok"), video}));
+    ASSERT_EQ(imported.size(), 4);
+    for (const PostMedia& media : imported) {
+        EXPECT_TRUE(media.localFile().startsWith(mediaDir)) << media.localFile().toStdString();
+        EXPECT_TRUE(QFile::exists(media.localFile()));
+    }
+    EXPECT_TRUE(imported[0].isImage());
+    EXPECT_TRUE(imported[3].isVideo());
+
+    struct Case {
+        QString reference;
+        QString messageStart;
+    };
+    const Case failures[] = {
+        {home.path() + u"/missing.png"_s, u"File not found: "_s},
+        {cut, u"Invalid parameter: image is incomplete or unreadable: "_s},
+        {server.url("/cut"), u"Invalid parameter: image is incomplete or unreadable: "_s},
+        {server.url("/big"), u"Could not download media from "_s},
+        {server.url("/absent"), u"Could not download media from "_s},
+    };
+    for (const Case& c : failures) {
+        const auto filesBefore = QDir(mediaDir).entryList(QDir::Files | QDir::Hidden).size();
+        try {
+            // The good image first: a failure removes what the call had already imported.
+            QCoro::waitFor(importer.importAll({whole, c.reference}));
+            ADD_FAILURE() << "imported " << c.reference.toStdString();
+        } catch (const URLSchemeError& error) {
+            EXPECT_TRUE(error.message().startsWith(c.messageStart)) << error.message().toStdString();
+        }
+        EXPECT_EQ(QDir(mediaDir).entryList(QDir::Files | QDir::Hidden).size(), filesBefore) << c.reference.toStdString();
+    }
+}
