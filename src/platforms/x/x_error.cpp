@@ -6,7 +6,8 @@ XError::XError(Kind kind, QString detail, int status, std::optional<QDateTime> r
     , m_status(status)
     , m_resetAt(std::move(resetAt))
 {
-    m_what = (m_detail.isEmpty() ? message() : message() + u": " + m_detail).toUtf8();
+    const QString text = message();
+    m_what = (m_detail.isEmpty() || m_detail == text ? text : text + u": " + m_detail).toUtf8();
 }
 
 XError XError::forStatus(int status, QString detail)
@@ -57,6 +58,20 @@ QString XError::message() const
         return QStringLiteral("Could not reach X");
     case Kind::cancelled:
         return QStringLiteral("Publishing to X was cancelled");
+    case Kind::missingConsumerKeys:
+        return QStringLiteral("Please enter your X API Key and Secret first");
+    case Kind::missingAccessToken:
+        return QStringLiteral("Please enter your X access token and access token secret");
+    case Kind::missingVerifier:
+        return QStringLiteral("Missing oauth_verifier. Maybe use allowMissingOAuthVerifier=true");
+    case Kind::accessTokenFailed:
+        return QStringLiteral("Could not get access token");
+    case Kind::browserUnavailable:
+        return QStringLiteral("Could not open the X sign-in page in the browser");
+    case Kind::callbackTimedOut:
+        return QStringLiteral("X sign-in timed out: the browser did not come back to Quillo");
+    case Kind::accountRejected:
+        return m_detail;
     }
     return {};
 }

@@ -24,6 +24,14 @@ public:
         mediaUnreadable,      // the file vanished or cannot be read
         networkError,         // no HTTP answer at all
         cancelled,
+        // Connecting an account:
+        missingConsumerKeys,  // API key or secret not entered
+        missingAccessToken,   // typed keys without the access token pair
+        missingVerifier,      // the callback carried no oauth_verifier
+        accessTokenFailed,    // a token exchange failed or answered nonsense
+        browserUnavailable,   // the authorize page could not be opened
+        callbackTimedOut,     // the browser never came back
+        accountRejected,      // the account store refused the account (detail is why)
     };
 
     XError(Kind kind, QString detail = {}, int status = 0, std::optional<QDateTime> resetAt = std::nullopt);
