@@ -1,5 +1,7 @@
 #include "model/json_tape.h"
 
+#include "model/utf8.h"
+
 #include "model/coding_error.h"
 
 #include <charconv>
@@ -295,22 +297,7 @@ std::uint32_t JsonTape::Parser::hex4()
 
 void JsonTape::Parser::appendCodePoint(std::uint32_t cp)
 {
-    std::string& out = m_tape.m_unescaped;
-    if (cp < 0x80) {
-        out.push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
+    appendUtf8(m_tape.m_unescaped, char32_t(cp));
 }
 
 // Advances over one well-formed UTF-8 sequence of two to four bytes.

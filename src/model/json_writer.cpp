@@ -1,5 +1,7 @@
 #include "model/json_writer.h"
 
+#include "model/utf8.h"
+
 #include "model/coding_error.h"
 #include "model/file_url.h"
 
@@ -89,22 +91,6 @@ void appendEscaped(QByteArray& out, char32_t c)
     out.push_back(kHex[c & 0xF]);
 }
 
-void appendUtf8(QByteArray& out, char32_t cp)
-{
-    if (cp < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
-}
 
 } // namespace
 
