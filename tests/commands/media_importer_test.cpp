@@ -2,6 +2,7 @@
 // remote files are downloaded within bounds, cut-off images are refused.
 #include "commands/media_importer.h"
 #include "commands/url_scheme_error.h"
+#include "support/coro_wait.h"
 #include "support/temp_home.h"
 
 #include <QBuffer>
@@ -52,6 +53,9 @@ public:
         m_server.Get("/big", [](const httplib::Request&, httplib::Response& res) {
             res.set_content(std::string(100000, 'x'), "image/png");
         });
+        // One request per connection: the workers then stop at once instead of waiting out
+        // keep-alive when the server goes away.
+        m_server.set_keep_alive_max_count(1);
         m_port = m_server.bind_to_any_port("127.0.0.1");
         m_thread = std::thread([this] { m_server.listen_after_bind(); });
         while (!m_server.is_running())
@@ -85,7 +89,7 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
     const QString cut = write(home.path() + u"/cut.png"_s, png.left(png.size() - 20));
     const QString video = write(home.path() + u"/clip.mp4"_s, QByteArray("\0\0\0\x18" "ftypmp42", 12) + QByteArray(64, '\0'));
 
-    const QList<PostMedia> imported = QCoro::waitFor(
+    const QList<PostMedia> imported = waitForTask(
         importer.importAll({whole, QUrl::fromLocalFile(whole).toString(), server.url("/ok"), video}));
     ASSERT_EQ(imported.size(), 4);
     for (const PostMedia& media : imported) {
@@ -110,7 +114,7 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
         const auto filesBefore = QDir(mediaDir).entryList(QDir::Files | QDir::Hidden).size();
         try {
             // The good image first: a failure removes what the call had already imported.
-            QCoro::waitFor(importer.importAll({whole, c.reference}));
+            waitForTask(importer.importAll({whole, c.reference}));
             ADD_FAILURE() << "imported " << c.reference.toStdString();
         } catch (const URLSchemeError& error) {
             EXPECT_TRUE(error.message().startsWith(c.messageStart)) << error.message().toStdString();
