@@ -15,11 +15,10 @@ namespace {
 template <typename Decode>
 auto decodeDocument(PreferenceStore& preferences, const QString& key, const char* what, Decode decode)
 {
-    const auto bytes = preferences.data(key);
-    if (!bytes)
-        return decltype(decode(QByteArray()))();
+    decltype(decode(QByteArray())) decoded;
     try {
-        return decode(*bytes);
+        preferences.readData(key, [&](const QByteArray& document) { decoded = decode(document); });
+        return decoded;
     } catch (const CodingError& error) {
         throw std::runtime_error(std::string("The stored ") + what + " could not be read: " + error.message().toStdString());
     }

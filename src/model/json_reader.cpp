@@ -1,18 +1,28 @@
 #include "model/json_reader.h"
 
+#include <array>
 #include <cmath>
 
 namespace {
 
+// Hex digit values by byte, -1 for everything else: a schedule holds a UUID for every
+// post and attachment, so this is looked up millions of times on a load.
+constexpr std::array<signed char, 256> kHexDigits = [] {
+    std::array<signed char, 256> table{};
+    for (auto& entry : table)
+        entry = -1;
+    for (int i = 0; i < 10; ++i)
+        table['0' + i] = static_cast<signed char>(i);
+    for (int i = 0; i < 6; ++i) {
+        table['a' + i] = static_cast<signed char>(10 + i);
+        table['A' + i] = static_cast<signed char>(10 + i);
+    }
+    return table;
+}();
+
 int hexDigit(char c)
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
+    return kHexDigits[static_cast<unsigned char>(c)];
 }
 
 // The 36-character hyphenated form, either case.
@@ -50,6 +60,23 @@ JsonReader::JsonReader(const JsonTape& tape, DateEncoding dates)
 {
 }
 
+JsonReader::JsonReader(const JsonTape& tape, DateEncoding dates, size_t position)
+    : m_tape(&tape)
+    , m_dates(dates)
+    , m_position(position)
+    , m_isElement(true)
+{
+}
+
+bool JsonReader::startsWithArray(const QByteArray& document)
+{
+    for (const char c : document) {
+        if (c != ' ' && c != '\n' && c != '\r' && c != '\t')
+            return c == '[';
+    }
+    return false;
+}
+
 JsonReader::JsonReader(const Json& value, DateEncoding dates)
     : m_dates(dates)
 {
@@ -72,7 +99,7 @@ JsonReader::JsonReader(const JsonReader& parent, std::uint32_t index, std::strin
 QString JsonReader::path() const
 {
     if (!m_parent)
-        return {};
+        return m_isElement ? u'[' + QString::number(m_position) + u']' : QString();
     const QString parent = m_parent->path();
     if (m_parent->isObject()) {
         const QString key = QString::fromUtf8(m_key.data(), static_cast<qsizetype>(m_key.size()));
@@ -101,19 +128,23 @@ void JsonReader::expectArray() const
 std::optional<JsonReader> JsonReader::optional(std::string_view key) const
 {
     expectObject();
+    const JsonTape::Node& object = node();
+    if ((object.keys & JsonTape::keyBit(key)) == 0)
+        return std::nullopt;
+    // When a key occurs twice the last one counts, so an object whose filter saw a
+    // repeated bit is searched to the end; any other stops at the first match.
+    const bool mayRepeat = object.flag;
     std::uint32_t found = 0;
-    std::string_view foundKey;
-    for (std::uint32_t i = m_index + 1; i < node().end;) {
-        const std::string_view candidate = m_tape->text(i);
-        if (candidate == key) {
+    for (std::uint32_t i = m_index + 1; i < object.end; i = m_tape->next(i + 1)) {
+        if (m_tape->node(i).text.length == key.size() && m_tape->text(i) == key) {
             found = i + 1;
-            foundKey = candidate;
+            if (!mayRepeat)
+                break;
         }
-        i = m_tape->next(i + 1);
     }
     if (found == 0 || m_tape->node(found).type == JsonTape::Type::null)
         return std::nullopt;
-    return JsonReader(*this, found, foundKey, 0);
+    return JsonReader(*this, found, m_tape->text(found - 1), 0);
 }
 
 JsonReader JsonReader::operator[](std::string_view key) const

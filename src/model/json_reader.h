@@ -35,6 +35,20 @@ public:
         const JsonTape tape = JsonTape::parse(document);
         return decode(JsonReader(tape, dates));
     }
+    // Decodes a document that is an array with decode(const JsonReader&) per element,
+    // parsing one element at a time: a long list never needs a tape of the whole document.
+    template<class Decode>
+    static auto readList(const QByteArray& document, DateEncoding dates, Decode decode)
+    {
+        using Element = decltype(decode(std::declval<const JsonReader&>()));
+        if (!startsWithArray(document)) // other values fail with the whole-document errors
+            return read(document, dates, [&](const JsonReader& root) { return root.list(decode); });
+        QList<Element> result;
+        JsonTape::parseElements(document, [&](const JsonTape& tape, size_t position) {
+            result.append(decode(JsonReader(tape, dates, position)));
+        });
+        return result;
+    }
     // The same for a value already held as nlohmann::json.
     template<class Decode>
     static auto read(const Json& value, DateEncoding dates, Decode decode)
@@ -127,6 +141,9 @@ public:
     QString path() const;
 
 private:
+    // An element of a top-level array parsed on its own; its path starts with "[position]".
+    JsonReader(const JsonTape& tape, DateEncoding dates, size_t position);
+    static bool startsWithArray(const QByteArray& document);
     JsonReader(const JsonReader& parent, std::uint32_t index, std::string_view key, size_t position);
     const JsonTape::Node& node() const { return m_tape->node(m_index); }
 
@@ -137,4 +154,5 @@ private:
     const JsonReader* m_parent = nullptr;
     std::string_view m_key;
     size_t m_position = 0;
+    bool m_isElement = false;
 };

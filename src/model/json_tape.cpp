@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 class JsonTape::Parser {
@@ -19,19 +20,77 @@ public:
     {
     }
 
-    void run();
+    // The whole input is one value and nothing else.
+    void document()
+    {
+        skipWhitespace();
+        value();
+        skipWhitespace();
+        if (m_pos != m_end)
+            fail("unexpected text after the document");
+    }
+
+    // The input is an array; each element is parsed into the tape on its own (the tape is
+    // emptied first) and handed to element(tape, position) before the next is read.
+    template <class Element>
+    void elements(Element element)
+    {
+        skipWhitespace();
+        if (peek() != '[')
+            fail("expected an array");
+        ++m_pos;
+        skipWhitespace();
+        if (peek() == ']') {
+            ++m_pos;
+        } else {
+            for (size_t position = 0;; ++position) {
+                m_tape.m_nodes.clear();
+                m_tape.m_unescaped.clear();
+                value();
+                element(static_cast<const JsonTape&>(m_tape), position);
+                skipWhitespace();
+                const char c = peek();
+                ++m_pos;
+                if (c == ']')
+                    break;
+                if (c != ',') {
+                    --m_pos;
+                    fail(m_pos == m_end ? "unexpected end of the document" : "expected ',' or ']'");
+                }
+                skipWhitespace();
+            }
+        }
+        skipWhitespace();
+        if (m_pos != m_end)
+            fail("unexpected text after the document");
+    }
 
 private:
+    void value();
     [[noreturn]] void fail(const char* what) const
     {
         throw CodingError(CodingError::Kind::malformedJson, {},
                           QString::fromUtf8(what) + QStringLiteral(" at byte ") + QString::number(m_pos - m_begin));
     }
 
+    static bool isWhitespace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+
     void skipWhitespace()
     {
-        while (m_pos < m_end && (*m_pos == ' ' || *m_pos == '\n' || *m_pos == '\r' || *m_pos == '\t'))
+        if (m_pos == m_end || !isWhitespace(*m_pos))
+            return;
+        // Pretty-printed documents are mostly indentation: skip it eight spaces at a time.
+        constexpr std::uint64_t spaces = 0x2020202020202020ULL;
+        while (m_pos < m_end) {
+            std::uint64_t word;
+            if (m_end - m_pos >= 8 && (std::memcpy(&word, m_pos, sizeof word), word == spaces)) {
+                m_pos += 8;
+                continue;
+            }
+            if (!isWhitespace(*m_pos))
+                return;
             ++m_pos;
+        }
     }
 
     char peek() const { return m_pos < m_end ? *m_pos : '\0'; }
@@ -55,6 +114,15 @@ private:
         push(type, flag);
     }
 
+    // Adds the key just parsed to its object's key filter.
+    void noteKey(std::uint32_t object)
+    {
+        const std::uint64_t bit = keyBit(m_tape.text(m_tape.size() - 1));
+        Node& node = m_tape.m_nodes[object];
+        node.flag |= (node.keys & bit) != 0;
+        node.keys |= bit;
+    }
+
     void number();
     void string();
     void escapedString(const char* start);
@@ -68,17 +136,17 @@ private:
     const char* m_pos;
 };
 
-void JsonTape::Parser::run()
+void JsonTape::Parser::value()
 {
     enum class Expect { value, key, separator };
     std::vector<std::uint32_t> open;
     Expect expect = Expect::value;
-    skipWhitespace();
     for (;;) {
         if (expect == Expect::key) {
             if (peek() != '"')
                 fail("expected a key");
             string();
+            noteKey(open.back());
             skipWhitespace();
             if (peek() != ':')
                 fail("expected ':'");
@@ -124,13 +192,10 @@ void JsonTape::Parser::run()
             expect = Expect::separator;
             continue;
         }
-        // After a value: the end of the document, a comma, or the end of a container.
-        skipWhitespace();
-        if (open.empty()) {
-            if (m_pos != m_end)
-                fail("unexpected text after the document");
+        // After a value: done at the top level, else a comma or the end of a container.
+        if (open.empty())
             return;
-        }
+        skipWhitespace();
         const bool inObject = m_tape.m_nodes[open.back()].type == Type::object;
         const char c = peek();
         if (c == ',') {
@@ -188,10 +253,34 @@ void JsonTape::Parser::number()
     m_tape.m_nodes[index].number = value;
 }
 
+namespace {
+
+// Whether any of eight bytes is a quote, a backslash, a control character or non-ASCII:
+// the bytes a string scan has to look at one by one.
+bool needsAttention(std::uint64_t word)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101ULL;
+    constexpr std::uint64_t highs = 0x8080808080808080ULL;
+    const auto hasZero = [](std::uint64_t v) { return (v - ones) & ~v & highs; };
+    const std::uint64_t quote = hasZero(word ^ (ones * '"'));
+    const std::uint64_t backslash = hasZero(word ^ (ones * '\\'));
+    const std::uint64_t control = (word - ones * 0x20) & ~word & highs;
+    return (quote | backslash | control | (word & highs)) != 0;
+}
+
+} // namespace
+
 void JsonTape::Parser::string()
 {
     ++m_pos; // opening quote
     const char* start = m_pos;
+    while (m_end - m_pos >= 8) {
+        std::uint64_t word;
+        std::memcpy(&word, m_pos, sizeof word);
+        if (needsAttention(word))
+            break;
+        m_pos += 8;
+    }
     while (m_pos < m_end) {
         const auto c = static_cast<unsigned char>(*m_pos);
         if (c == '"') {
@@ -344,6 +433,13 @@ JsonTape JsonTape::parse(const QByteArray& document)
     // text: reserving close to that spares copying a large tape while it grows.
     const bool pretty = document.left(64).contains('\n');
     tape.m_nodes.reserve(static_cast<size_t>(document.size() / (pretty ? 24 : 16) + 16));
-    Parser(tape).run();
+    Parser(tape).document();
     return tape;
+}
+
+void JsonTape::parseElements(const QByteArray& document, const std::function<void(const JsonTape&, size_t)>& element)
+{
+    JsonTape tape;
+    tape.m_input = document;
+    Parser(tape).elements(element);
 }

@@ -3,6 +3,7 @@
 #include <QByteArray>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,8 @@ public:
 
     struct Node {
         Type type;
-        // boolean: its value; string: the text lives in the unescaped buffer.
+        // boolean: its value; string: the text lives in the unescaped buffer;
+        // object: some key may occur twice (its key filter had a bit set already).
         bool flag;
         // Containers: index one past the last descendant.
         std::uint32_t end;
@@ -31,10 +33,28 @@ public:
                 std::uint32_t offset;
                 std::uint32_t length;
             } text;
+            // Objects: one bit per key (keyBit), so a lookup of an absent key costs nothing.
+            std::uint64_t keys;
         };
     };
 
+    // The filter bit of an object key: cheap to compute from a few of its bytes.
+    static std::uint64_t keyBit(std::string_view key)
+    {
+        if (key.empty())
+            return 1;
+        const auto first = static_cast<unsigned char>(key.front());
+        const auto last = static_cast<unsigned char>(key.back());
+        const auto middle = static_cast<unsigned char>(key[key.size() / 2]);
+        return std::uint64_t{1} << ((key.size() * 7 + first * 3 + middle * 5 + last) & 63);
+    }
+
     static JsonTape parse(const QByteArray& document);
+    // For a document that is an array: parses one element at a time into a tape of its
+    // own and calls element(tape, position), so a long list never needs a tape of the
+    // whole document. A malformed document throws when the parse reaches the fault.
+    static void parseElements(const QByteArray& document,
+                              const std::function<void(const JsonTape&, size_t)>& element);
 
     const Node& node(std::uint32_t index) const { return m_nodes[index]; }
     std::uint32_t size() const { return static_cast<std::uint32_t>(m_nodes.size()); }

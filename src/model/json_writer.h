@@ -12,6 +12,7 @@
 #include <vector>
 
 class FileUrl;
+class QIODevice;
 
 // Writes JSON text straight into one buffer, keys in the order they are written.
 // The stored documents are written this way rather than through a tree of
@@ -21,6 +22,12 @@ class FileUrl;
 class JsonWriter {
 public:
     explicit JsonWriter(JsonLayout layout = JsonLayout::compact, DateEncoding dates = DateEncoding::referenceSeconds);
+    // Streams the text to a device in blocks instead of keeping all of it: a large
+    // document is then never held in memory whole. Call finish() at the end.
+    JsonWriter(QIODevice& device, JsonLayout layout, DateEncoding dates = DateEncoding::referenceSeconds);
+
+    // Writes what is still buffered to the device; false when any write to it failed.
+    bool finish();
 
     DateEncoding dateEncoding() const { return m_dates; }
 
@@ -41,17 +48,39 @@ public:
     // The keyed URL form {"relative": "..."}.
     void fileUrl(const FileUrl& url);
 
-    std::string_view text() const { return {m_out.constData(), static_cast<size_t>(m_out.size())}; }
+    std::string_view text() const { return {m_data, static_cast<size_t>(m_size)}; }
     // Shares the buffer: no copy of a large document.
-    QByteArray toByteArray() const { return m_out; }
+    QByteArray toByteArray();
 
 private:
+    // Room for n more bytes at the end of the text; bytes written there are counted by
+    // the caller (m_size). Writing through a pointer instead of appending byte by byte
+    // is what makes encoding a large schedule cheap.
+    char* room(qsizetype n)
+    {
+        if (m_capacity - m_size < n)
+            grow(n);
+        return m_data + m_size;
+    }
+    void grow(qsizetype n);
+    void put(char c)
+    {
+        *room(1) = c;
+        ++m_size;
+    }
+    void put(std::string_view bytes);
     void beforeValue();
     void newline();
     // A string of valid UTF-8, escaped, without the separator logic.
     void appendString(std::string_view utf8);
 
+    // m_out holds m_capacity bytes of which the first m_size are the text so far.
     QByteArray m_out;
+    QIODevice* m_device = nullptr;
+    bool m_deviceFailed = false;
+    char* m_data = nullptr;
+    qsizetype m_size = 0;
+    qsizetype m_capacity = 0;
     bool m_pretty;
     DateEncoding m_dates;
     // Per open container: how many elements it has so far.

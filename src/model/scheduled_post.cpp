@@ -195,8 +195,18 @@ QByteArray ScheduledPost::encodeList(const QList<ScheduledPost>& posts, JsonLayo
     return writer.toByteArray();
 }
 
+bool ScheduledPost::writeList(const QList<ScheduledPost>& posts, QIODevice& device, JsonLayout layout,
+                              DateEncoding dates)
+{
+    JsonWriter writer(device, layout, dates);
+    writer.beginArray();
+    for (const ScheduledPost& post : posts)
+        post.write(writer);
+    writer.endArray();
+    return writer.finish();
+}
+
 QList<ScheduledPost> ScheduledPost::decodeList(const QByteArray& document, DateEncoding dates)
 {
-    return JsonReader::read(document, dates,
-                            [](const JsonReader& root) { return root.list(&ScheduledPost::decode); });
+    return JsonReader::readList(document, dates, &ScheduledPost::decode);
 }

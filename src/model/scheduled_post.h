@@ -61,6 +61,10 @@ struct ScheduledPost {
     // A whole list as one JSON array: the stored document and the export file.
     static QByteArray encodeList(const QList<ScheduledPost>& posts, JsonLayout layout,
                                  DateEncoding dates = DateEncoding::referenceSeconds);
+    // The same streamed to a device (the stored document is never held whole in memory);
+    // false when writing failed, CodingError when an entry cannot be encoded.
+    static bool writeList(const QList<ScheduledPost>& posts, QIODevice& device, JsonLayout layout,
+                          DateEncoding dates = DateEncoding::referenceSeconds);
     // Throws CodingError; nothing is returned unless every entry decodes.
     static QList<ScheduledPost> decodeList(const QByteArray& document,
                                            DateEncoding dates = DateEncoding::referenceSeconds);

@@ -93,6 +93,5 @@ QByteArray SocialAccount::encodeList(const QList<SocialAccount>& accounts, JsonL
 
 QList<SocialAccount> SocialAccount::decodeList(const QByteArray& document, DateEncoding dates)
 {
-    return JsonReader::read(document, dates,
-                            [](const JsonReader& root) { return root.list(&SocialAccount::decode); });
+    return JsonReader::readList(document, dates, &SocialAccount::decode);
 }

@@ -40,13 +40,14 @@ qsizetype SchedulerService::indexOf(const QUuid& id) const
 void SchedulerService::loadPosts()
 {
     m_posts.clear();
-    const auto stored = m_store.data(PreferenceKeys::ScheduledPosts);
-    if (!stored) {
-        qCInfo(lcStore).noquote() << QStringLiteral("📊 No data found in UserDefaults");
-        return;
-    }
     try {
-        m_posts = ScheduledPost::decodeList(*stored);
+        const bool stored = m_store.readData(PreferenceKeys::ScheduledPosts, [this](const QByteArray& document) {
+            m_posts = ScheduledPost::decodeList(document);
+        });
+        if (!stored) {
+            qCInfo(lcStore).noquote() << QStringLiteral("📊 No data found in UserDefaults");
+            return;
+        }
     } catch (const CodingError& error) {
         // Keep what is on disk: it is not overwritten until the next deliberate save.
         qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to decode posts: ") + error.message();
@@ -65,29 +66,27 @@ void SchedulerService::loadPosts()
     }
 }
 
-bool SchedulerService::writeIfLatest(const QByteArray& document, quint64 generation)
+bool SchedulerService::writeIfLatest(const QList<ScheduledPost>& posts, JsonLayout layout, quint64 generation)
 {
     const QMutexLocker lock(&m_writeMutex);
     if (generation != m_generation.load())
         return false;
-    return m_store.setData(PreferenceKeys::ScheduledPosts, document);
+    return m_store.writeData(PreferenceKeys::ScheduledPosts, [&](QIODevice& device) {
+        return ScheduledPost::writeList(posts, device, layout);
+    });
 }
 
 bool SchedulerService::savePosts(const QList<ScheduledPost>& posts)
 {
     const quint64 generation = ++m_generation;
-    QByteArray document;
     try {
-        document = ScheduledPost::encodeList(posts, JsonLayout::pretty);
+        if (writeIfLatest(posts, JsonLayout::pretty, generation))
+            return true;
+        qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts: the document could not be written");
     } catch (const CodingError& error) {
         qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts: ") + error.message();
-        return false;
     }
-    if (!writeIfLatest(document, generation)) {
-        qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts: the document could not be written");
-        return false;
-    }
-    return true;
+    return false;
 }
 
 void SchedulerService::savePostsAsync()
@@ -99,8 +98,7 @@ void SchedulerService::savePostsAsync()
         if (generation != m_generation.load())
             return; // a newer save is queued; skip the wasted encoding
         try {
-            const QByteArray document = ScheduledPost::encodeList(snapshot, JsonLayout::compact);
-            if (!writeIfLatest(document, generation) && generation == m_generation.load())
+            if (!writeIfLatest(snapshot, JsonLayout::compact, generation) && generation == m_generation.load())
                 qCWarning(lcStore).noquote()
                     << QStringLiteral("❌ Failed to encode posts (async): the document could not be written");
         } catch (const CodingError& error) {

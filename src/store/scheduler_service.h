@@ -69,8 +69,9 @@ Q_SIGNALS:
 private:
     void changed();
     qsizetype indexOf(const QUuid& id) const;
-    // Writes an encoded document unless a newer save has been requested since.
-    bool writeIfLatest(const QByteArray& document, quint64 generation);
+    // Encodes and writes the list unless a newer save has been requested since; throws
+    // CodingError when an entry cannot be encoded (the stored document stays as it was).
+    bool writeIfLatest(const QList<ScheduledPost>& posts, JsonLayout layout, quint64 generation);
 
     PreferenceStore& m_store;
     QList<ScheduledPost> m_posts;

@@ -88,3 +88,26 @@ TEST(JsonWriter, WritesWhatTheTapeReadsBack)
 }
 
 } // namespace
+
+// Lookups go through a per-object key filter: every key must still be found, absent
+// ones missed, and the last of a repeated key must win, in large and small objects.
+TEST(JsonReader, FindsEveryKeyAndTheLastOfARepeatedOne)
+{
+    QByteArray document = "{";
+    for (int i = 0; i < 200; ++i)
+        document += "\"key" + QByteArray::number(i) + "\":" + QByteArray::number(i) + ",";
+    document += R"("dup":1,"x":true,"dup":2,"":3})";
+    const JsonTape tape = JsonTape::parse(document);
+    const JsonReader root(tape);
+    for (int i = 0; i < 200; ++i)
+        EXPECT_EQ(root["key" + std::to_string(i)].number(), i);
+    EXPECT_EQ(root["dup"].number(), 2);
+    EXPECT_EQ(root[""].number(), 3);
+    EXPECT_FALSE(root.optional("key200"));
+    EXPECT_FALSE(root.optional("ke"));
+
+    const JsonTape small = JsonTape::parse(R"({"id":1,"text":"a","id":2})");
+    EXPECT_EQ(JsonReader(small)["id"].number(), 2);
+    EXPECT_EQ(JsonReader(small)["text"].string(), QStringLiteral("a"));
+    EXPECT_FALSE(JsonReader(small).optional("txet"));
+}

@@ -5,7 +5,11 @@
 #include "store/scheduler_service_error.h"
 #include "support/temp_home.h"
 
+#include <QDir>
 #include <QSignalSpy>
+#include <QThreadPool>
+
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -110,6 +114,30 @@ TEST_F(SchedulerServiceTest, SyncSaveIsPrettyBackgroundSaveIsCompactNewestWins)
         service.addOrUpdate(draftPost(QString::number(i)));
     ASSERT_TRUE(service.savePosts(posts));
     EXPECT_EQ(storedPosts(), posts);
+}
+
+// Saves stream the document to disk in blocks; a list of several blocks must come out
+// byte for byte as encoded in memory, and an entry that cannot be encoded, met after
+// blocks were already written, must leave the stored document as it was.
+TEST_F(SchedulerServiceTest, StreamedSaveMatchesTheEncodingAndAFailedOneChangesNothing)
+{
+    const QList<ScheduledPost> posts = samplePosts(300);
+    ASSERT_TRUE(service.savePosts(posts));
+    const QByteArray saved = *store.data(PreferenceKeys::ScheduledPosts);
+    ASSERT_GT(saved.size(), 1024 * 1024);
+    EXPECT_EQ(saved, ScheduledPost::encodeList(posts, JsonLayout::pretty));
+
+    QList<ScheduledPost> broken = posts;
+    broken.last().content.first().mediaItems.last().videoDuration = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_FALSE(service.savePosts(broken));
+    service.loadPosts();
+    service.addOrUpdate(broken.last(), broken.last().id); // the background save fails the same way
+    service.waitForPendingSaves();
+    EXPECT_EQ(store.data(PreferenceKeys::ScheduledPosts), saved);
+    // Neither an abandoned temporary file nor the replaced document stays behind.
+    QThreadPool::globalInstance()->waitForDone();
+    EXPECT_EQ(QDir(home.paths().configDir()).entryList({u"scheduledPosts*"_qs}, QDir::Files | QDir::Hidden),
+              QStringList{u"scheduledPosts.json"_qs});
 }
 
 TEST_F(SchedulerServiceTest, ExportAndImport)

@@ -7,9 +7,13 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QScopeGuard>
 #include <QSettings>
+#include <QThreadPool>
 
 #include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -25,6 +29,26 @@ void createPrivateFile(const QString& path)
     if (fd >= 0)
         ::close(fd);
     QFile::setPermissions(path, kPrivateFile);
+}
+
+// Renaming over a large document frees the old file's pages inside the rename, which
+// can take tens of milliseconds. A second name keeps the old file alive through the
+// rename; it is then removed on a pool thread, off the caller's path. A name left by
+// a crash is replaced by the next save.
+QString keepAliveThroughRename(const QString& path)
+{
+    const QString replaced = path + QStringLiteral(".replaced");
+    const QByteArray target = QFile::encodeName(replaced);
+    ::unlink(target.constData());
+    if (::link(QFile::encodeName(path).constData(), target.constData()) != 0)
+        return {};
+    return replaced;
+}
+
+void removeLater(const QString& path)
+{
+    if (!path.isEmpty())
+        QThreadPool::globalInstance()->start([path] { QFile::remove(path); });
 }
 
 bool isSafeDataKey(const QString& key)
@@ -141,22 +165,56 @@ std::optional<QByteArray> PreferenceStore::data(const QString& key) const
     return file.readAll();
 }
 
+bool PreferenceStore::readData(const QString& key, const std::function<void(const QByteArray&)>& read) const
+{
+    if (!isSafeDataKey(key))
+        return false;
+    const int fd = ::open(QFile::encodeName(dataPath(key)).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const auto closeFile = qScopeGuard([fd] { ::close(fd); });
+    struct stat info = {};
+    if (::fstat(fd, &info) != 0)
+        return false;
+    const auto size = static_cast<size_t>(info.st_size);
+    void* mapped = size == 0 ? MAP_FAILED : ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+    if (mapped == MAP_FAILED) {
+        // Empty, or not mappable: read it the ordinary way.
+        const auto bytes = data(key);
+        if (!bytes)
+            return false;
+        read(*bytes);
+        return true;
+    }
+    const auto unmap = qScopeGuard([mapped, size] { ::munmap(mapped, size); });
+    read(QByteArray::fromRawData(static_cast<const char*>(mapped), static_cast<qsizetype>(size)));
+    return true;
+}
+
 bool PreferenceStore::setData(const QString& key, const QByteArray& bytes)
+{
+    return writeData(key, [&bytes](QIODevice& device) { return device.write(bytes) == bytes.size(); });
+}
+
+bool PreferenceStore::writeData(const QString& key, const std::function<bool(QIODevice&)>& write)
 {
     if (!isSafeDataKey(key))
         return false;
     // QSaveFile writes a temporary file and renames it over the old one: a reader sees
     // the old document or the new one, never half of one, and a failed write leaves
-    // the old one in place.
+    // the old one in place (an exception from write() discards the temporary file too).
     QSaveFile file(dataPath(key));
     if (!file.open(QIODevice::WriteOnly))
         return false;
     file.setPermissions(kPrivateFile);
-    if (file.write(bytes) != bytes.size()) {
+    if (!write(file)) {
         file.cancelWriting();
         return false;
     }
-    return file.commit();
+    const QString replaced = keepAliveThroughRename(file.fileName());
+    const bool committed = file.commit();
+    removeLater(replaced);
+    return committed;
 }
 
 bool PreferenceStore::removeData(const QString& key)

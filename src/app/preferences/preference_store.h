@@ -4,6 +4,9 @@
 #include <QString>
 #include <QVariant>
 
+class QIODevice;
+
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -41,7 +44,14 @@ public:
     // Data-typed values. setData replaces the document atomically; on failure the
     // previous document stays whole and false is returned.
     std::optional<QByteArray> data(const QString& key) const;
+    // Calls read(document) with the stored document mapped into memory rather than
+    // copied, for the length of the call only; false when nothing is stored. Saves
+    // replace the file by renaming, so the mapped document never changes under read.
+    bool readData(const QString& key, const std::function<void(const QByteArray&)>& read) const;
     bool setData(const QString& key, const QByteArray& bytes);
+    // The same with the document written by write(device), which returns false (or
+    // throws) to abandon the write; the previous document then stays as it was.
+    bool writeData(const QString& key, const std::function<bool(QIODevice&)>& write);
     bool removeData(const QString& key);
     QString dataPath(const QString& key) const;
 
