@@ -142,6 +142,8 @@ QString BlueskyCharacterCounter::sentText(QStringView text)
         sent += shown;
         copied = span.end;
     }
+    if (copied == 0)
+        return repaired; // nothing shortened: spare the copy
     sent += QStringView(repaired).sliced(copied);
     return sent;
 }

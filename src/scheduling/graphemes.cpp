@@ -29,25 +29,13 @@ bool standsAlone(char32_t cp)
              || cp == 0x11A3A || in(0x11A84, 0x11A89) || cp == 0x11D46); // prepended signs
 }
 
-// The number of clusters when every code point stands alone, or -1.
-qsizetype countOfLoneCodePoints(QStringView text)
+qsizetype unitsOf(char32_t cp)
 {
-    qsizetype count = 0;
-    for (qsizetype i = 0; i < text.size(); ++i, ++count) {
-        const char32_t cp = Graphemes::codePointAt(text, i);
-        if (!standsAlone(cp))
-            return -1;
-        if (cp > 0xFFFF)
-            ++i;
-    }
-    return count;
+    return cp > 0xFFFF ? 2 : 1;
 }
-} // namespace
 
-qsizetype Graphemes::count(QStringView text)
+qsizetype finderCount(QStringView text)
 {
-    if (const qsizetype simple = countOfLoneCodePoints(text); simple != -1)
-        return simple;
     // The finder's working memory stays on the stack for post-sized texts.
     constexpr qsizetype BufferSize = 4096;
     unsigned char buffer[BufferSize];
@@ -57,6 +45,45 @@ qsizetype Graphemes::count(QStringView text)
     qsizetype clusters = 0;
     while (finder.toNextBoundary() != -1)
         ++clusters;
+    return clusters;
+}
+
+// The end of the stretch that starts at `start` and runs until two code points that stand
+// alone meet: a boundary lies between them, so the stretch is segmented on its own.
+qsizetype stretchEnd(QStringView text, qsizetype start)
+{
+    char32_t cp = Graphemes::codePointAt(text, start);
+    bool previousAlone = standsAlone(cp);
+    qsizetype i = start + unitsOf(cp);
+    while (i < text.size()) {
+        cp = Graphemes::codePointAt(text, i);
+        const bool alone = standsAlone(cp);
+        if (previousAlone && alone)
+            return i;
+        previousAlone = alone;
+        i += unitsOf(cp);
+    }
+    return i;
+}
+} // namespace
+
+qsizetype Graphemes::count(QStringView text)
+{
+    // A code point that stands alone and is followed by another (or the end) is a cluster
+    // of its own; only the stretches around the others need the (costly) finder.
+    qsizetype clusters = 0;
+    for (qsizetype i = 0; i < text.size();) {
+        const char32_t cp = codePointAt(text, i);
+        const qsizetype next = i + unitsOf(cp);
+        if (standsAlone(cp) && (next == text.size() || standsAlone(codePointAt(text, next)))) {
+            ++clusters;
+            i = next;
+            continue;
+        }
+        const qsizetype end = stretchEnd(text, i);
+        clusters += finderCount(text.sliced(i, end - i));
+        i = end;
+    }
     return clusters;
 }
 

@@ -1,0 +1,50 @@
+#include "scheduling/graphemes.h"
+
+#include <QTextBoundaryFinder>
+
+#include <gtest/gtest.h>
+
+namespace {
+using namespace Qt::StringLiterals;
+
+qsizetype finderCount(const QString& text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype clusters = 0;
+    while (finder.toNextBoundary() != -1)
+        ++clusters;
+    return clusters;
+}
+
+// The count hands only the stretches around joining code points to the finder; it must
+// agree with the finder run over the whole text, wherever such a stretch begins or ends.
+TEST(GraphemesTest, AgreesWithTheFinderOverTheWholeText)
+{
+    const QList<QString> pieces = {
+        u"e\u0301"_s,                                         // combining mark
+        u"\u0301"_s,                                          // mark with nothing before it
+        u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s,      // ZWJ family
+        u"\U0001F44D\U0001F3FD"_s,                            // skin tone
+        u"\U0001F1EB\U0001F1F7\U0001F1E9\U0001F1EA\U0001F1EB"_s, // flags and a lone indicator
+        u"\U0001F3F4\U000E0067\U000E0062\U000E0065\U000E006E\U000E0067\U000E007F"_s, // tag flag
+        u"\r\n"_s, u"\r"_s, u"\n"_s,
+        u"हिन्दी"_s, u"ก\u0E33"_s, u"\u0600\u0661"_s,          // Devanagari, Thai, prepended sign
+        u"\u1100\u1161\u11A8"_s, u"\uAC00\u11A8"_s,             // Hangul jamo
+        u"\u2764\uFE0F"_s, u"1\uFE0F\u20E3"_s, u"\u200D"_s,     // selectors, keycap, bare joiner
+        u"\U0001F600\u200D"_s, u"\u200D\U0001F600"_s,
+        u"\xD83D"_s, u"\xDE00"_s,                               // lone surrogates
+        u"a"_s, u" "_s, u"日本"_s,
+    };
+    QList<QString> texts = pieces;
+    for (const QString& first : pieces) {
+        for (const QString& second : pieces) {
+            texts.append(first + second);
+            texts.append(first + u"x"_s + second);
+            texts.append(u"ab"_s + first + second + u"cd"_s);
+        }
+    }
+    texts.append(QString());
+    for (const QString& text : texts)
+        EXPECT_EQ(Graphemes::count(text), finderCount(text)) << qPrintable(text.toHtmlEscaped());
+}
+} // namespace
