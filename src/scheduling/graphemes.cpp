@@ -10,6 +10,11 @@ bool standsAlone(char32_t cp)
 {
     if (cp < 0x300)
         return cp != u'\r';
+    const auto in = [cp](char32_t first, char32_t last) { return cp >= first && cp <= last; };
+    // Common letters, all assigned and none joining, spare the category lookup.
+    if (in(0x0400, 0x0482) || in(0x05D0, 0x05EA) || in(0x0621, 0x064A) || in(0x3041, 0x3096)
+        || in(0x30A1, 0x30FA) || in(0x4E00, 0x9FEF) || in(0xAC00, 0xD7A3))
+        return true;
     switch (QChar::category(cp)) {
     case QChar::Mark_NonSpacing:
     case QChar::Mark_SpacingCombining:
@@ -21,7 +26,6 @@ bool standsAlone(char32_t cp)
     default:
         break;
     }
-    const auto in = [cp](char32_t first, char32_t last) { return cp >= first && cp <= last; };
     return !(in(0x1100, 0x11FF) || in(0xA960, 0xA97F) || in(0xD7B0, 0xD7FF) // jamo
              || in(0x1F1E6, 0x1F1FF) || in(0x1F3FB, 0x1F3FF)                // flags, skin tones
              || cp == 0x0E33 || cp == 0x0EB3 || in(0xFF9E, 0xFF9F)          // letters that extend
@@ -72,10 +76,12 @@ qsizetype Graphemes::count(QStringView text)
     // A code point that stands alone and is followed by another (or the end) is a cluster
     // of its own; only the stretches around the others need the (costly) finder.
     qsizetype clusters = 0;
-    for (qsizetype i = 0; i < text.size();) {
-        const char32_t cp = codePointAt(text, i);
-        const qsizetype next = i + unitsOf(cp);
-        if (standsAlone(cp) && (next == text.size() || standsAlone(codePointAt(text, next)))) {
+    qsizetype i = 0;
+    bool alone = !text.isEmpty() && standsAlone(codePointAt(text, 0));
+    while (i < text.size()) {
+        const qsizetype next = i + unitsOf(codePointAt(text, i));
+        const bool nextAlone = next == text.size() || standsAlone(codePointAt(text, next));
+        if (alone && nextAlone) {
             ++clusters;
             i = next;
             continue;
@@ -83,6 +89,7 @@ qsizetype Graphemes::count(QStringView text)
         const qsizetype end = stretchEnd(text, i);
         clusters += finderCount(text.sliced(i, end - i));
         i = end;
+        alone = true; // a stretch ends before a code point that stands alone
     }
     return clusters;
 }
