@@ -33,6 +33,25 @@ bool standsAlone(char32_t cp)
              || cp == 0x11A3A || in(0x11A84, 0x11A89) || cp == 0x11D46); // prepended signs
 }
 
+// Whether a cluster may end after this code point when a code point that stands alone
+// follows: not after a prepended sign, a format character (the zero-width joiner among
+// them), a leading Hangul jamo, a carriage return, or a virama that joins an Indic
+// conjunct. Answering false where unsure only makes the finder look at more text.
+bool mayEndCluster(char32_t cp)
+{
+    if (cp < 0x300)
+        return cp != u'\r';
+    const auto in = [cp](char32_t first, char32_t last) { return cp >= first && cp <= last; };
+    if (in(0x1100, 0x115F) || in(0xA960, 0xA97F))
+        return false;
+    if (cp == 0x094D || cp == 0x09CD || cp == 0x0ACD || cp == 0x0B4D || cp == 0x0C4D || cp == 0x0D4D)
+        return false;
+    if (cp == 0x0D4E || in(0x111C2, 0x111C3) || cp == 0x1193F || cp == 0x11941 || cp == 0x11A3A
+        || in(0x11A84, 0x11A89) || cp == 0x11D46)
+        return false;
+    return QChar::category(cp) != QChar::Other_Format;
+}
+
 qsizetype unitsOf(char32_t cp)
 {
     return cp > 0xFFFF ? 2 : 1;
@@ -51,46 +70,34 @@ qsizetype finderCount(QStringView text)
         ++clusters;
     return clusters;
 }
-
-// The end of the stretch that starts at `start` and runs until two code points that stand
-// alone meet: a boundary lies between them, so the stretch is segmented on its own.
-qsizetype stretchEnd(QStringView text, qsizetype start)
-{
-    char32_t cp = Graphemes::codePointAt(text, start);
-    bool previousAlone = standsAlone(cp);
-    qsizetype i = start + unitsOf(cp);
-    while (i < text.size()) {
-        cp = Graphemes::codePointAt(text, i);
-        const bool alone = standsAlone(cp);
-        if (previousAlone && alone)
-            return i;
-        previousAlone = alone;
-        i += unitsOf(cp);
-    }
-    return i;
-}
 } // namespace
 
 qsizetype Graphemes::count(QStringView text)
 {
-    // A code point that stands alone and is followed by another (or the end) is a cluster
-    // of its own; only the stretches around the others need the (costly) finder.
+    // The text is cut where a boundary is certain: before a code point that stands alone,
+    // after one that may end a cluster. A piece of one code point is one cluster; only the
+    // others need the (costly) finder. Short pieces also keep the finder clear of its
+    // miscounts of Indic and Thai text that follows an emoji in the same call.
     qsizetype clusters = 0;
-    qsizetype i = 0;
-    bool alone = !text.isEmpty() && standsAlone(codePointAt(text, 0));
-    while (i < text.size()) {
-        const qsizetype next = i + unitsOf(codePointAt(text, i));
-        const bool nextAlone = next == text.size() || standsAlone(codePointAt(text, next));
-        if (alone && nextAlone) {
-            ++clusters;
-            i = next;
-            continue;
+    qsizetype pieceStart = 0;
+    qsizetype pieceCodePoints = 0;
+    bool previousMayEnd = false;
+    const auto closePiece = [&](qsizetype end) {
+        clusters += pieceCodePoints == 1 ? 1 : finderCount(text.sliced(pieceStart, end - pieceStart));
+    };
+    for (qsizetype i = 0; i < text.size();) {
+        const char32_t cp = codePointAt(text, i);
+        if (pieceCodePoints > 0 && previousMayEnd && standsAlone(cp)) {
+            closePiece(i);
+            pieceStart = i;
+            pieceCodePoints = 0;
         }
-        const qsizetype end = stretchEnd(text, i);
-        clusters += finderCount(text.sliced(i, end - i));
-        i = end;
-        alone = true; // a stretch ends before a code point that stands alone
+        ++pieceCodePoints;
+        previousMayEnd = mayEndCluster(cp);
+        i += unitsOf(cp);
     }
+    if (pieceCodePoints > 0)
+        closePiece(text.size());
     return clusters;
 }
 
