@@ -131,16 +131,31 @@ std::optional<JsonReader> JsonReader::optional(std::string_view key) const
     const JsonTape::Node& object = node();
     if ((object.keys & JsonTape::keyBit(key)) == 0)
         return std::nullopt;
-    // When a key occurs twice the last one counts, so an object whose filter saw a
-    // repeated bit is searched to the end; any other stops at the first match.
-    const bool mayRepeat = object.flag;
+    const auto matches = [&](std::uint32_t i) {
+        return m_tape->node(i).text.length == key.size() && m_tape->text(i) == key;
+    };
     std::uint32_t found = 0;
-    for (std::uint32_t i = m_index + 1; i < object.end; i = m_tape->next(i + 1)) {
-        if (m_tape->node(i).text.length == key.size() && m_tape->text(i) == key) {
-            found = i + 1;
-            if (!mayRepeat)
-                break;
+    if (object.flag) {
+        // Some key occurs twice, and then the last one counts: search to the end.
+        for (std::uint32_t i = m_index + 1; i < object.end; i = m_tape->next(i + 1)) {
+            if (matches(i))
+                found = i + 1;
         }
+    } else {
+        // Decoders ask for keys in the order they are written: start after the last key
+        // found, and wrap around to the start of the object.
+        const std::uint32_t first = m_index + 1;
+        const std::uint32_t hint = m_hint > first && m_hint < object.end ? m_hint : first;
+        for (std::uint32_t i = hint; i < object.end && found == 0; i = m_tape->next(i + 1)) {
+            if (matches(i))
+                found = i + 1;
+        }
+        for (std::uint32_t i = first; i < hint && found == 0; i = m_tape->next(i + 1)) {
+            if (matches(i))
+                found = i + 1;
+        }
+        if (found != 0)
+            m_hint = m_tape->next(found);
     }
     if (found == 0 || m_tape->node(found).type == JsonTape::Type::null)
         return std::nullopt;

@@ -155,4 +155,6 @@ private:
     std::string_view m_key;
     size_t m_position = 0;
     bool m_isElement = false;
+    // Objects: where the search for the next key starts (after the last one found).
+    mutable std::uint32_t m_hint = 0;
 };

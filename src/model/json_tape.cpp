@@ -114,12 +114,23 @@ private:
         push(type, flag);
     }
 
-    // Adds the key just parsed to its object's key filter.
+    // Adds the key just parsed to its object's key filter, and marks the object when the
+    // key really occurs twice (a filter bit can be shared by different keys).
     void noteKey(std::uint32_t object)
     {
-        const std::uint64_t bit = keyBit(m_tape.text(m_tape.size() - 1));
+        const std::uint32_t keyIndex = m_tape.size() - 1;
+        const std::string_view key = m_tape.text(keyIndex);
+        const std::uint64_t bit = keyBit(key);
         Node& node = m_tape.m_nodes[object];
-        node.flag |= (node.keys & bit) != 0;
+        if ((node.keys & bit) != 0 && !node.flag) {
+            // The members before this key are complete, so next() can walk them.
+            for (std::uint32_t i = object + 1; i < keyIndex; i = m_tape.next(i + 1)) {
+                if (m_tape.text(i) == key) {
+                    node.flag = true;
+                    break;
+                }
+            }
+        }
         node.keys |= bit;
     }
 

@@ -23,7 +23,7 @@ public:
     struct Node {
         Type type;
         // boolean: its value; string: the text lives in the unescaped buffer;
-        // object: some key may occur twice (its key filter had a bit set already).
+        // object: some key occurs twice.
         bool flag;
         // Containers: index one past the last descendant.
         std::uint32_t end;
@@ -33,7 +33,7 @@ public:
                 std::uint32_t offset;
                 std::uint32_t length;
             } text;
-            // Objects: one bit per key (keyBit), so a lookup of an absent key costs nothing.
+            // Objects: one bit per key (keyBit), so a lookup of an absent key mostly costs nothing.
             std::uint64_t keys;
         };
     };

@@ -110,4 +110,12 @@ TEST(JsonReader, FindsEveryKeyAndTheLastOfARepeatedOne)
     EXPECT_EQ(JsonReader(small)["id"].number(), 2);
     EXPECT_EQ(JsonReader(small)["text"].string(), QStringLiteral("a"));
     EXPECT_FALSE(JsonReader(small).optional("txet"));
+
+    // Lookups in any order, repeated, after a miss: each search starts where the last ended.
+    const JsonTape plain = JsonTape::parse(R"({"a":1,"bb":2,"ccc":3,"dddd":null})");
+    const JsonReader reader(plain);
+    for (const auto& [key, value] : {std::pair{"ccc", 3}, {"a", 1}, {"bb", 2}, {"bb", 2}, {"ccc", 3}, {"a", 1}}) {
+        EXPECT_EQ(reader[key].number(), value) << key;
+        EXPECT_FALSE(reader.optional("dddd"));
+    }
 }
