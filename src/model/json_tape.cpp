@@ -25,9 +25,7 @@ public:
     {
         skipWhitespace();
         value();
-        skipWhitespace();
-        if (m_pos != m_end)
-            fail("unexpected text after the document");
+        endOfDocument();
     }
 
     // The input is an array; each element is parsed into the tape on its own (the tape is
@@ -40,33 +38,33 @@ public:
             fail("expected an array");
         ++m_pos;
         skipWhitespace();
-        if (peek() == ']') {
-            ++m_pos;
-        } else {
-            for (size_t position = 0;; ++position) {
-                m_tape.m_nodes.clear();
-                m_tape.m_unescaped.clear();
-                value();
-                element(static_cast<const JsonTape&>(m_tape), position);
-                skipWhitespace();
-                const char c = peek();
-                ++m_pos;
-                if (c == ']')
-                    break;
-                if (c != ',') {
-                    --m_pos;
+        for (size_t position = 0; peek() != ']'; ++position) {
+            if (position > 0) {
+                if (peek() != ',')
                     fail(m_pos == m_end ? "unexpected end of the document" : "expected ',' or ']'");
-                }
+                ++m_pos;
                 skipWhitespace();
             }
+            m_tape.m_nodes.clear();
+            m_tape.m_unescaped.clear();
+            value();
+            element(static_cast<const JsonTape&>(m_tape), position);
+            skipWhitespace();
         }
+        ++m_pos;
+        endOfDocument();
+    }
+
+private:
+    void value();
+
+    void endOfDocument()
+    {
         skipWhitespace();
         if (m_pos != m_end)
             fail("unexpected text after the document");
     }
 
-private:
-    void value();
     [[noreturn]] void fail(const char* what) const
     {
         throw CodingError(CodingError::Kind::malformedJson, {},
@@ -145,12 +143,15 @@ private:
     const char* m_begin;
     const char* m_end;
     const char* m_pos;
+    // The containers open around the current value.
+    std::vector<std::uint32_t> m_open;
 };
 
 void JsonTape::Parser::value()
 {
     enum class Expect { value, key, separator };
-    std::vector<std::uint32_t> open;
+    std::vector<std::uint32_t>& open = m_open; // kept between calls: one allocation per document
+    open.clear();
     Expect expect = Expect::value;
     for (;;) {
         if (expect == Expect::key) {
