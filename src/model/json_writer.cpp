@@ -120,6 +120,12 @@ void JsonWriter::endArray()
     m_data[m_size - 1] = ']';
 }
 
+void JsonWriter::encoded(std::string_view json)
+{
+    beforeValue();
+    put(json);
+}
+
 void JsonWriter::key(std::string_view name)
 {
     beforeValue();

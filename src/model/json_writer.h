@@ -47,6 +47,9 @@ public:
     void date(Timestamp date);
     // The keyed URL form {"relative": "..."}.
     void fileUrl(const FileUrl& url);
+    // A value that is already JSON text in this writer's layout, written as it stands
+    // (the store keeps its entries encoded so that a save only joins them).
+    void encoded(std::string_view json);
 
     std::string_view text() const { return {m_data, static_cast<size_t>(m_size)}; }
     // Shares the buffer: no copy of a large document.

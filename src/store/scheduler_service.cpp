@@ -19,7 +19,7 @@ SchedulerService::SchedulerService(PreferenceStore& store, QObject* parent)
 
 SchedulerService::~SchedulerService()
 {
-    waitForPendingSaves();
+    m_saver.waitForDone();
 }
 
 std::optional<ScheduledPost> SchedulerService::scheduledPost(const QUuid& id) const
@@ -40,9 +40,11 @@ qsizetype SchedulerService::indexOf(const QUuid& id) const
 void SchedulerService::loadPosts()
 {
     m_posts.clear();
+    m_encoded.reset(0);
     try {
         const bool stored = m_store.readData(PreferenceKeys::ScheduledPosts, [this](const QByteArray& document) {
             m_posts = ScheduledPost::decodeList(document);
+            m_encoded.reset(m_posts.size());
         });
         if (!stored) {
             qCInfo(lcStore).noquote() << QStringLiteral("📊 No data found in UserDefaults");
@@ -66,21 +68,22 @@ void SchedulerService::loadPosts()
     }
 }
 
-bool SchedulerService::writeIfLatest(const QList<ScheduledPost>& posts, JsonLayout layout, quint64 generation)
+bool SchedulerService::writeIfLatest(quint64 generation, const std::function<bool(QIODevice&)>& write)
 {
     const QMutexLocker lock(&m_writeMutex);
     if (generation != m_generation.load())
         return false;
-    return m_store.writeData(PreferenceKeys::ScheduledPosts, [&](QIODevice& device) {
-        return ScheduledPost::writeList(posts, device, layout);
-    });
+    return m_store.writeData(PreferenceKeys::ScheduledPosts, write);
 }
 
 bool SchedulerService::savePosts(const QList<ScheduledPost>& posts)
 {
     const quint64 generation = ++m_generation;
     try {
-        if (writeIfLatest(posts, JsonLayout::pretty, generation))
+        const auto write = [&posts](QIODevice& device) {
+            return ScheduledPost::writeList(posts, device, JsonLayout::pretty);
+        };
+        if (writeIfLatest(generation, write))
             return true;
         qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts: the document could not be written");
     } catch (const CodingError& error) {
@@ -93,23 +96,52 @@ void SchedulerService::savePostsAsync()
 {
     const quint64 generation = ++m_generation;
     // QList shares its data: taking the snapshot costs no copy of the posts.
-    const QList<ScheduledPost> snapshot = m_posts;
-    m_saver.start([this, snapshot, generation] {
-        if (generation != m_generation.load())
-            return; // a newer save is queued; skip the wasted encoding
-        try {
-            if (!writeIfLatest(snapshot, JsonLayout::compact, generation) && generation == m_generation.load())
-                qCWarning(lcStore).noquote()
-                    << QStringLiteral("❌ Failed to encode posts (async): the document could not be written");
-        } catch (const CodingError& error) {
-            qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts (async): ") + error.message();
-        }
+    QList<ScheduledPost> snapshot = m_posts;
+    QList<EncodedPostCache::Slot> slots = m_encoded.snapshot();
+    Q_ASSERT(snapshot.size() == slots.size());
+    {
+        const QMutexLocker lock(&m_pendingMutex);
+        ++m_pendingSaves;
+    }
+    m_saver.start([this, snapshot = std::move(snapshot), slots = std::move(slots), generation]() mutable {
+        saveSnapshot(snapshot, slots, generation);
+        // Let go of the shared list before waking a waiter: a change made while the
+        // snapshot still shared it would copy every post.
+        snapshot = {};
+        slots = {};
+        saveFinished();
     });
+}
+
+void SchedulerService::saveSnapshot(const QList<ScheduledPost>& posts, const QList<EncodedPostCache::Slot>& slots,
+                                    quint64 generation)
+{
+    if (generation != m_generation.load())
+        return; // a newer save is queued; skip the wasted encoding
+    try {
+        // Only entries changed since the last save are encoded; the rest is joined.
+        EncodedPostCache::fill(posts, slots);
+        const auto write = [&slots](QIODevice& device) { return EncodedPostCache::write(slots, device); };
+        if (!writeIfLatest(generation, write) && generation == m_generation.load())
+            qCWarning(lcStore).noquote()
+                << QStringLiteral("❌ Failed to encode posts (async): the document could not be written");
+    } catch (const CodingError& error) {
+        qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts (async): ") + error.message();
+    }
+}
+
+void SchedulerService::saveFinished()
+{
+    const QMutexLocker lock(&m_pendingMutex);
+    if (--m_pendingSaves == 0)
+        m_savesDone.wakeAll();
 }
 
 void SchedulerService::waitForPendingSaves()
 {
-    m_saver.waitForDone();
+    QMutexLocker lock(&m_pendingMutex);
+    while (m_pendingSaves > 0)
+        m_savesDone.wait(&m_pendingMutex);
 }
 
 void SchedulerService::changed()
@@ -125,6 +157,7 @@ QUuid SchedulerService::addOrUpdate(const ScheduledPost& post, const std::option
     if (index >= 0) {
         stored.id = *editingId;
         m_posts[index] = stored;
+        m_encoded.replace(index);
         qCInfo(lcStore).noquote() << QStringLiteral("✅ Updated scheduled post");
         changed();
         return stored.id;
@@ -136,6 +169,7 @@ QUuid SchedulerService::addOrUpdate(const ScheduledPost& post, const std::option
     qCInfo(lcStore).noquote() << QStringLiteral("💾 Created ScheduledPost with ID: ")
             + stored.id.toString(QUuid::WithoutBraces).toUpper();
     m_posts.append(stored);
+    m_encoded.append();
     qCInfo(lcStore).noquote() << QStringLiteral("✅ Added post to scheduler");
     changed();
     return stored.id;
@@ -147,6 +181,7 @@ bool SchedulerService::deletePost(const QUuid& id)
     if (index < 0)
         return false;
     m_posts.removeAt(index);
+    m_encoded.remove(index);
     changed();
     return true;
 }
@@ -154,6 +189,7 @@ bool SchedulerService::deletePost(const QUuid& id)
 void SchedulerService::clearAll()
 {
     m_posts.clear();
+    m_encoded.reset(0);
     changed();
     qCInfo(lcStore).noquote() << QStringLiteral("All scheduled posts cleared.");
 }
@@ -165,6 +201,7 @@ bool SchedulerService::updateStatus(const QUuid& id, PostStatus status, const st
         return false;
     m_posts[index].status = status;
     m_posts[index].error = error;
+    m_encoded.replace(index);
     changed();
     return true;
 }

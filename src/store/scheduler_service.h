@@ -1,14 +1,17 @@
 #pragma once
 
 #include "model/scheduled_post.h"
+#include "store/encoded_post_cache.h"
 
 #include <QList>
 #include <QMutex>
 #include <QObject>
 #include <QThreadPool>
 #include <QUuid>
+#include <QWaitCondition>
 
 #include <atomic>
+#include <functional>
 #include <optional>
 
 class PreferenceStore;
@@ -68,17 +71,28 @@ Q_SIGNALS:
 
 private:
     void changed();
+    // Saver thread: writes one background snapshot.
+    void saveSnapshot(const QList<ScheduledPost>& posts, const QList<EncodedPostCache::Slot>& slots,
+                      quint64 generation);
+    void saveFinished();
     qsizetype indexOf(const QUuid& id) const;
-    // Encodes and writes the list unless a newer save has been requested since; throws
+    // Writes the document unless a newer save has been requested since; throws
     // CodingError when an entry cannot be encoded (the stored document stays as it was).
-    bool writeIfLatest(const QList<ScheduledPost>& posts, JsonLayout layout, quint64 generation);
+    bool writeIfLatest(quint64 generation, const std::function<bool(QIODevice&)>& write);
 
     PreferenceStore& m_store;
+    // Changed only together with m_encoded, which keeps one slot per post.
     QList<ScheduledPost> m_posts;
+    EncodedPostCache m_encoded;
 
     // Every save takes the next generation; a document is written only while its
     // generation is still the newest, under m_writeMutex, so saves never go back in time.
     std::atomic<quint64> m_generation{0};
     QMutex m_writeMutex;
+    // Saves queued or running. Waiting on this rather than on the pool keeps its thread
+    // alive between saves (QThreadPool::waitForDone ends its threads).
+    int m_pendingSaves = 0;
+    QMutex m_pendingMutex;
+    QWaitCondition m_savesDone;
     QThreadPool m_saver;
 };

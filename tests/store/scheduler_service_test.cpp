@@ -140,6 +140,68 @@ TEST_F(SchedulerServiceTest, StreamedSaveMatchesTheEncodingAndAFailedOneChangesN
               QStringList{u"scheduledPosts.json"_qs});
 }
 
+// Background saves encode only the entries that changed and reuse the text of the
+// rest. A slot left over from an earlier version of a post would silently store old
+// data, so after every kind of change the document must equal a full encode.
+TEST_F(SchedulerServiceTest, BackgroundSaveAfterEveryKindOfChangeEqualsAFullEncode)
+{
+    const auto expectStoredMatches = [&](const char* step) {
+        service.waitForPendingSaves();
+        EXPECT_EQ(*store.data(PreferenceKeys::ScheduledPosts),
+                  ScheduledPost::encodeList(service.scheduledPosts(), JsonLayout::compact))
+            << step;
+    };
+    ASSERT_TRUE(service.savePosts(samplePosts(5)));
+    service.loadPosts();
+    const QList<ScheduledPost> loaded = service.scheduledPosts();
+
+    service.addOrUpdate(draftPost(u"appended"_qs));
+    expectStoredMatches("append after load");
+    ScheduledPost edited = loaded[2];
+    edited.content[0].text = u"edited in place"_qs;
+    service.addOrUpdate(edited, edited.id);
+    expectStoredMatches("edit in place");
+    service.updateStatus(loaded[2].id, PostStatus::failed, u"Rate limited"_qs);
+    expectStoredMatches("status with error");
+    service.updateStatus(loaded[2].id, PostStatus::queued);
+    expectStoredMatches("status without error");
+    service.deletePost(loaded[0].id);
+    expectStoredMatches("delete the first");
+    service.addOrUpdate(draftPost(u"edit of a deleted one"_qs), loaded[0].id);
+    expectStoredMatches("edit of a missing id appends");
+
+    // Changes queued faster than the saver runs: only the newest snapshot is written.
+    for (int i = 0; i < 30; ++i) {
+        ScheduledPost again = loaded[3];
+        again.content[0].text = QString::number(i);
+        service.addOrUpdate(again, again.id);
+        service.updateStatus(loaded[1].id, i % 2 ? PostStatus::published : PostStatus::queued);
+    }
+    expectStoredMatches("burst of edits");
+
+    // A post that cannot be encoded fails its save; once fixed, the next save is whole.
+    ScheduledPost broken = loaded[4];
+    broken.content[0].mediaItems[1].videoDuration = std::numeric_limits<double>::quiet_NaN();
+    const QByteArray beforeBroken = *store.data(PreferenceKeys::ScheduledPosts);
+    service.addOrUpdate(broken, broken.id);
+    service.waitForPendingSaves();
+    EXPECT_EQ(*store.data(PreferenceKeys::ScheduledPosts), beforeBroken);
+    service.addOrUpdate(loaded[4], loaded[4].id);
+    expectStoredMatches("fixed after a failed save");
+
+    service.clearAll();
+    expectStoredMatches("clear");
+    service.addOrUpdate(draftPost(u"after clearing"_qs));
+    expectStoredMatches("append after clear");
+
+    service.importDocument(ScheduledPost::encodeList(samplePosts(3, 1), JsonLayout::pretty, DateEncoding::iso8601));
+    service.updateStatus(service.scheduledPosts()[1].id, PostStatus::published);
+    expectStoredMatches("change after import");
+    service.loadPosts();
+    service.deletePost(service.scheduledPosts()[0].id);
+    expectStoredMatches("change after reload");
+}
+
 TEST_F(SchedulerServiceTest, ExportAndImport)
 {
     try {
