@@ -88,6 +88,9 @@ int runForwarder(int, char**, const LaunchOptions& options)
         printOutcome(outcome);
         allSucceeded = allSucceeded && outcome.ok;
     }
+    // Scripts read the stored documents right after the forwarder returns.
+    if (!client.sync())
+        qCWarning(lcApp).noquote() << "⚠️ Quillo did not confirm that the changes were stored";
     return allSucceeded ? 0 : 1;
 }
 
@@ -113,7 +116,9 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     OAuthCallbackHub oauthCallbacks;
     URLSchemeHandler urlCommands(events, scheduler, accounts, media);
     CommandRouter router(oauthCallbacks, urlCommands);
-    CommandChannelServer channel(paths, [&router](QString url) { return router.route(std::move(url)); });
+    CommandChannelServer channel(
+        paths, [&router](QString url) { return router.route(std::move(url)); },
+        [&scheduler] { scheduler.waitForPendingSaves(); });
     switch (channel.start()) {
     case CommandChannelServer::StartResult::Listening:
         break;

@@ -63,7 +63,19 @@ std::optional<CommandOutcome> CommandChannelClient::trySend(const QString& url, 
     const QByteArray request = CommandChannelProtocol::encodeRequest(url);
     if (request.size() > CommandChannelProtocol::kMaxMessageBytes)
         return CommandOutcome::failure(QStringLiteral("The command is too long to send to Quillo"));
+    return exchange(request, replyTimeout);
+}
 
+bool CommandChannelClient::sync(std::chrono::milliseconds replyTimeout)
+{
+    const auto outcome = exchange(CommandChannelProtocol::encodeSyncRequest(), replyTimeout);
+    // With no instance running there is nothing left to store.
+    return !outcome || outcome->ok;
+}
+
+std::optional<CommandOutcome> CommandChannelClient::exchange(const QByteArray& request,
+                                                              std::chrono::milliseconds replyTimeout)
+{
     QLocalSocket socket;
     socket.connectToServer(m_paths.socketPath());
     if (!socket.waitForConnected(int(kConnectTimeout.count())))

@@ -44,7 +44,15 @@ public:
     // Only talks to an instance that is already running: nothing when none answers.
     std::optional<CommandOutcome> trySend(const QString& url, std::chrono::milliseconds replyTimeout);
 
+    // The instance answers a command once it is carried out and saves its changes in
+    // the background. This waits until everything the commands sent before it changed
+    // is stored, for a caller that reads the stored documents next. True when it is
+    // (or when no instance runs, so nothing is pending).
+    bool sync(std::chrono::milliseconds replyTimeout = kDefaultReplyTimeout);
+
 private:
+    // Sends one request frame to a running instance and reads its reply.
+    std::optional<CommandOutcome> exchange(const QByteArray& request, std::chrono::milliseconds replyTimeout);
     bool startInstance() const;
     std::optional<CommandOutcome> waitForInstanceAndSend(const QString& url, std::chrono::milliseconds replyTimeout);
     std::optional<CommandOutcome> handToDesktopOpener(const QString& url) const;

@@ -43,12 +43,20 @@ QByteArray encodeReply(const CommandOutcome& outcome)
     return frame(Json{{"version", kVersion}, {"ok", outcome.ok}, {"message", outcome.message.toStdString()}});
 }
 
-std::variant<QString, DecodeError> decodeRequest(const QByteArray& bytes)
+QByteArray encodeSyncRequest()
+{
+    return frame(Json{{"version", kVersion}, {"sync", true}});
+}
+
+std::variant<QString, SyncRequest, DecodeError> decodeRequest(const QByteArray& bytes)
 {
     auto parsed = parseObject(bytes);
     if (auto* error = std::get_if<DecodeError>(&parsed))
         return *error;
     const Json& message = std::get<Json>(parsed);
+    const auto sync = message.find("sync");
+    if (sync != message.end() && sync->is_boolean() && sync->get<bool>())
+        return SyncRequest{};
     const auto url = message.find("url");
     if (url == message.end() || !url->is_string() || url->get_ref<const std::string&>().empty())
         return DecodeError{QStringLiteral("Malformed command message: \"url\" must be a non-empty string")};

@@ -14,6 +14,13 @@
 //   request  {"version":1,"url":"quillo://open"}
 //   reply    {"version":1,"ok":true,"message":"Activated app"}
 //
+// A command is answered once it is carried out; what it changed is saved in the
+// background. A sync request is answered once everything changed by the commands
+// before it is stored, for clients that read the stored documents next.
+//
+//   request  {"version":1,"sync":true}
+//   reply    {"version":1,"ok":true,"message":"Stored"}
+//
 // JSON escapes every line feed inside strings, so the line feed is a safe frame end.
 namespace CommandChannelProtocol {
 
@@ -24,11 +31,15 @@ struct DecodeError {
     QString message;
 };
 
+struct SyncRequest {};
+
 QByteArray encodeRequest(const QString& url);
+QByteArray encodeSyncRequest();
 QByteArray encodeReply(const CommandOutcome& outcome);
 
 // Both take one frame without its line feed.
-std::variant<QString, DecodeError> decodeRequest(const QByteArray& frame);
+// A command request decodes to its URL.
+std::variant<QString, SyncRequest, DecodeError> decodeRequest(const QByteArray& frame);
 std::variant<CommandOutcome, DecodeError> decodeReply(const QByteArray& frame);
 
 } // namespace CommandChannelProtocol

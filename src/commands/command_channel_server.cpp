@@ -19,10 +19,11 @@ bool makePrivateDir(const QString& path)
 
 } // namespace
 
-CommandChannelServer::CommandChannelServer(AppPaths paths, Handler handler, QObject* parent)
+CommandChannelServer::CommandChannelServer(AppPaths paths, Handler handler, Settle settle, QObject* parent)
     : QObject(parent)
     , m_paths(std::move(paths))
     , m_handler(std::move(handler))
+    , m_settle(std::move(settle))
 {
 }
 
@@ -130,7 +131,10 @@ void CommandChannelServer::handleFrame(QLocalSocket* socket, const QByteArray& f
         reply(socket, CommandOutcome::failure(error->message));
         return;
     }
-    enqueue(socket, std::get<QString>(std::move(request)));
+    // A sync request waits in the same queue, so it is answered after every command
+    // that arrived before it.
+    QString url = std::holds_alternative<QString>(request) ? std::get<QString>(std::move(request)) : QString();
+    enqueue(socket, std::move(url));
 }
 
 void CommandChannelServer::drop(QLocalSocket* socket, const QString& reason)
@@ -175,6 +179,12 @@ QCoro::Task<> CommandChannelServer::drain()
     while (!m_queue.empty()) {
         Pending next = std::move(m_queue.front());
         m_queue.pop_front();
+        if (next.url.isEmpty()) {
+            if (m_settle)
+                m_settle();
+            reply(next.socket.data(), CommandOutcome::success(QStringLiteral("Stored")));
+            continue;
+        }
         CommandOutcome outcome;
         try {
             outcome = co_await m_handler(next.url);

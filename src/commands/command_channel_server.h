@@ -30,12 +30,14 @@ class CommandChannelServer : public QObject {
     Q_OBJECT
 public:
     using Handler = std::function<QCoro::Task<CommandOutcome>(QString url)>;
+    // Blocks until what earlier commands changed is stored (answers sync requests).
+    using Settle = std::function<void()>;
     enum class StartResult { Listening, AlreadyRunning, Failed };
 
     static constexpr std::chrono::milliseconds kPartialFrameTimeout{10000};
     static constexpr std::size_t kMaxQueuedCommands = 1024;
 
-    CommandChannelServer(AppPaths paths, Handler handler, QObject* parent = nullptr);
+    CommandChannelServer(AppPaths paths, Handler handler, Settle settle = {}, QObject* parent = nullptr);
     ~CommandChannelServer() override;
 
     // Takes the instance lock (recovering one left by a dead process), replaces a stale
@@ -56,6 +58,7 @@ private:
     };
     struct Pending {
         QPointer<QLocalSocket> socket;
+        // Empty for a sync request.
         QString url;
     };
 
@@ -70,6 +73,7 @@ private:
 
     AppPaths m_paths;
     Handler m_handler;
+    Settle m_settle;
     std::unique_ptr<QLockFile> m_lock;
     QLocalServer* m_server = nullptr;
     std::unordered_map<QLocalSocket*, Connection> m_connections;

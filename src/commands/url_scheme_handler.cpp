@@ -187,9 +187,9 @@ QCoro::Task<QList<PostMedia>> URLSchemeHandler::mediaFrom(CommandParams params)
     co_return co_await m_media.importAll(references);
 }
 
-void URLSchemeHandler::persist()
+void URLSchemeHandler::announceSaved() const
 {
-    m_scheduler.waitForPendingSaves();
+    // The store saves in the background; clients that read it next send a sync request.
     qCInfo(lcCommands).noquote() << QStringLiteral("💾 URLSchemeHandler: Posting .scheduledPostsDidUpdate notification with ")
             + QString::number(m_scheduler.scheduledPosts().size()) + QStringLiteral(" posts");
 }
@@ -232,7 +232,7 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::schedule(CommandParams params)
 
     if (stealth) {
         m_scheduler.addOrUpdate(post);
-        persist();
+        announceSaved();
         co_return succeeded(QStringLiteral("Scheduled in background (stealth mode)"));
     }
     qCInfo(lcCommands).noquote() << QStringLiteral("📨 Posting .openComposerWithDrafts with ScheduledPost payload");
@@ -306,7 +306,7 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::editScheduled(CommandParams params
         post.content.first().mediaItems = co_await mediaFrom(params);
 
     m_scheduler.addOrUpdate(post, post.id);
-    persist();
+    announceSaved();
     if (stealth)
         co_return succeeded(QStringLiteral("Scheduled post edited in background (stealth mode)"));
     Q_EMIT m_events.scheduledPostEditRequested(post);
@@ -318,7 +318,7 @@ CommandOutcome URLSchemeHandler::deleteScheduled(const CommandParams& params)
     const bool stealth = logStealth(params);
     const ScheduledPost post = storedPost(m_scheduler, params);
     m_scheduler.deletePost(post.id);
-    persist();
+    announceSaved();
     return succeeded(stealth ? QStringLiteral("Scheduled post deleted in background (stealth mode)")
                              : QStringLiteral("Scheduled post deleted"));
 }

@@ -52,8 +52,8 @@ private:
     static QList<Post> threadFrom(const CommandParams& params);
     // `media`, imported into the media folder; at most one post's worth.
     QCoro::Task<QList<PostMedia>> mediaFrom(CommandParams params);
-    // Saves the list and waits until it is on disk: a reply means the change is stored.
-    void persist();
+    // Logs the list change; the store saves it in the background.
+    void announceSaved() const;
 
     AppEvents& m_events;
     SchedulerService& m_scheduler;

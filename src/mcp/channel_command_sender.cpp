@@ -11,5 +11,8 @@ MCPCommandSender::Outcome ChannelCommandSender::send(const QUrl& url)
 {
     CommandChannelClient client(m_paths);
     const CommandOutcome outcome = client.send(url.toString(QUrl::FullyEncoded));
+    // The next tool call may read the store: answer only once the change is in it.
+    if (outcome.ok)
+        client.sync();
     return {outcome.ok, outcome.message.toStdString()};
 }

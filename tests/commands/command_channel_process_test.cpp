@@ -2,8 +2,12 @@
 // starts, auto-start, and clients that misbehave on the socket.
 #include "running_instance.h"
 
+#include "app/preferences/preference_keys.h"
+#include "app/preferences/preference_store.h"
 #include "commands/command_channel_client.h"
 #include "commands/command_channel_protocol.h"
+#include "store/sample_posts.h"
+#include "store/scheduler_service.h"
 
 #include <QLocalSocket>
 #include <QProcess>
@@ -71,6 +75,45 @@ TEST(CommandChannelProcess, ForwarderPrintsEachOutcomeAndExitsWithTheirStatus)
         EXPECT_EQ(run.exitCode, c.exitCode) << c.urls.join(u' ').toStdString();
         EXPECT_TRUE(text(run.stderrText).contains(c.expected)) << run.stderrText.toStdString();
     }
+}
+
+// The instance answers a command before its background save; the forwarder waits for
+// the save before it exits, so a script can read the store right after. A large store
+// makes each save slow enough that a missing wait would show.
+TEST(CommandChannelProcess, ForwardedChangesAreStoredWhenTheForwarderExits)
+{
+    RunningInstance instance;
+    constexpr int kStored = 1500;
+    {
+        PreferenceStore preferences(instance.paths());
+        ASSERT_TRUE(SchedulerService(preferences).savePosts(samplePosts(kStored)));
+    }
+    ASSERT_TRUE(instance.start());
+    const auto stored = [&] {
+        const auto document = PreferenceStore(instance.paths()).data(PreferenceKeys::ScheduledPosts);
+        return document ? ScheduledPost::decodeList(*document) : QList<ScheduledPost>{};
+    };
+
+    auto run = instance.run({u"quillo://schedule?text=From%20a%20script&status=draft&stealthMode=true"_qs});
+    ASSERT_EQ(run.exitCode, 0) << run.stderrText.toStdString();
+    QList<ScheduledPost> posts = stored();
+    ASSERT_EQ(posts.size(), kStored + 1);
+    EXPECT_EQ(posts.last().content[0].text, u"From a script");
+    EXPECT_EQ(posts.last().status, PostStatus::draft);
+    const QString id = posts.last().id.toString(QUuid::WithoutBraces);
+    const QUuid firstId = posts.first().id;
+
+    run = instance.run({u"quillo://scheduled?action=edit&id="_qs + id + u"&text=Edited&stealthMode=true"_qs});
+    ASSERT_EQ(run.exitCode, 0) << run.stderrText.toStdString();
+    EXPECT_EQ(stored().last().content[0].text, u"Edited");
+
+    run = instance.run({u"quillo://scheduled?action=delete&id="_qs + id + u"&stealthMode=true"_qs,
+                        u"quillo://scheduled?action=delete&id="_qs + firstId.toString(QUuid::WithoutBraces)
+                            + u"&stealthMode=true"_qs});
+    ASSERT_EQ(run.exitCode, 0) << run.stderrText.toStdString();
+    posts = stored();
+    EXPECT_EQ(posts.size(), kStored - 1);
+    EXPECT_NE(posts.first().id, firstId);
 }
 
 TEST(CommandChannelProcess, WrongSchemeIsRefusedWithItsMessage)

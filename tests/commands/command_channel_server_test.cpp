@@ -65,3 +65,38 @@ TEST(CommandChannelServer, RunsCommandsOneAtATimeInArrivalOrder)
         EXPECT_EQ(std::get<CommandOutcome>(reply), CommandOutcome::success(sent[i]));
     }
 }
+
+// Commands are answered before their changes are stored; a sync request waits in the
+// same queue, so its answer comes after every earlier command and after the store settled.
+TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
+{
+    TempHome home;
+    QStringList events;
+    CommandChannelServer server(
+        home.paths(),
+        [&](QString url) -> QCoro::Task<CommandOutcome> {
+            QTimer timer;
+            timer.start(30ms);
+            co_await timer;
+            events << url;
+            co_return CommandOutcome::success();
+        },
+        [&] { events << u"settled"_qs; });
+    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::Listening);
+
+    QLocalSocket command;
+    QLocalSocket sync;
+    command.connectToServer(home.paths().socketPath());
+    sync.connectToServer(home.paths().socketPath());
+    ASSERT_TRUE(command.waitForConnected(5000) && sync.waitForConnected(5000));
+    command.write(CommandChannelProtocol::encodeRequest(u"quillo://open"_qs));
+    command.flush();
+    QCoreApplication::processEvents();
+    sync.write(CommandChannelProtocol::encodeSyncRequest());
+    sync.flush();
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
+    EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
+              CommandOutcome::success(u"Stored"_qs));
+    EXPECT_EQ(events, (QStringList{u"quillo://open"_qs, u"settled"_qs}));
+}
