@@ -107,7 +107,7 @@ int main(int argc, char** argv)
                 + QStringLiteral("&status=draft&platforms=x,bluesky&stealthMode=true");
             const auto start = Clock::now();
             const CommandOutcome outcome = client.send(url, std::chrono::seconds(10));
-            const bool stored = !sync || client.sync(std::chrono::seconds(10));
+            const bool stored = !sync || client.sync(std::chrono::seconds(10)).ok;
             millis.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
             failures += outcome.ok && stored ? 0 : 1;
         }

@@ -89,9 +89,10 @@ int runForwarder(int, char**, const LaunchOptions& options)
         allSucceeded = allSucceeded && outcome.ok;
     }
     // Scripts read the stored documents right after the forwarder returns.
-    if (!client.sync())
-        qCWarning(lcApp).noquote() << "⚠️ Quillo did not confirm that the changes were stored";
-    return allSucceeded ? 0 : 1;
+    const CommandOutcome stored = client.sync();
+    if (!stored.ok)
+        printOutcome(stored);
+    return allSucceeded && stored.ok ? 0 : 1;
 }
 
 int runInstance(int argc, char** argv, const LaunchOptions& options)
@@ -118,7 +119,10 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     CommandRouter router(oauthCallbacks, urlCommands);
     CommandChannelServer channel(
         paths, [&router](QString url) { return router.route(std::move(url)); },
-        [&scheduler] { scheduler.waitForPendingSaves(); });
+        [&scheduler] {
+            scheduler.waitForPendingSaves();
+            return scheduler.lastSaveSucceeded();
+        });
     switch (channel.start()) {
     case CommandChannelServer::StartResult::Listening:
         break;

@@ -66,11 +66,11 @@ std::optional<CommandOutcome> CommandChannelClient::trySend(const QString& url, 
     return exchange(request, replyTimeout);
 }
 
-bool CommandChannelClient::sync(std::chrono::milliseconds replyTimeout)
+CommandOutcome CommandChannelClient::sync(std::chrono::milliseconds replyTimeout)
 {
     const auto outcome = exchange(CommandChannelProtocol::encodeSyncRequest(), replyTimeout);
     // With no instance running there is nothing left to store.
-    return !outcome || outcome->ok;
+    return outcome.value_or(CommandOutcome::success());
 }
 
 std::optional<CommandOutcome> CommandChannelClient::exchange(const QByteArray& request,

@@ -46,9 +46,9 @@ public:
 
     // The instance answers a command once it is carried out and saves its changes in
     // the background. This waits until everything the commands sent before it changed
-    // is stored, for a caller that reads the stored documents next. True when it is
-    // (or when no instance runs, so nothing is pending).
-    bool sync(std::chrono::milliseconds replyTimeout = kDefaultReplyTimeout);
+    // is stored, for a caller that reads the stored documents next. Success when it is
+    // (or when no instance runs, so nothing is pending), else why not.
+    CommandOutcome sync(std::chrono::milliseconds replyTimeout = kDefaultReplyTimeout);
 
 private:
     // Sends one request frame to a running instance and reads its reply.

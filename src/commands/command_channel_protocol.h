@@ -19,7 +19,7 @@
 // before it is stored, for clients that read the stored documents next.
 //
 //   request  {"version":1,"sync":true}
-//   reply    {"version":1,"ok":true,"message":"Stored"}
+//   reply    {"version":1,"ok":true,"message":"Stored"}  (ok false when the save failed)
 //
 // JSON escapes every line feed inside strings, so the line feed is a safe frame end.
 namespace CommandChannelProtocol {

@@ -180,9 +180,10 @@ QCoro::Task<> CommandChannelServer::drain()
         Pending next = std::move(m_queue.front());
         m_queue.pop_front();
         if (next.url.isEmpty()) {
-            if (m_settle)
-                m_settle();
-            reply(next.socket.data(), CommandOutcome::success(QStringLiteral("Stored")));
+            const bool stored = !m_settle || m_settle();
+            reply(next.socket.data(),
+                  stored ? CommandOutcome::success(QStringLiteral("Stored"))
+                         : CommandOutcome::failure(QStringLiteral("Quillo could not save the changes; see its log")));
             continue;
         }
         CommandOutcome outcome;

@@ -30,8 +30,9 @@ class CommandChannelServer : public QObject {
     Q_OBJECT
 public:
     using Handler = std::function<QCoro::Task<CommandOutcome>(QString url)>;
-    // Blocks until what earlier commands changed is stored (answers sync requests).
-    using Settle = std::function<void()>;
+    // Blocks until what earlier commands changed is stored (answers sync requests);
+    // false when storing it failed.
+    using Settle = std::function<bool()>;
     enum class StartResult { Listening, AlreadyRunning, Failed };
 
     static constexpr std::chrono::milliseconds kPartialFrameTimeout{10000};

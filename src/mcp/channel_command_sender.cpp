@@ -10,9 +10,11 @@ ChannelCommandSender::ChannelCommandSender(AppPaths paths)
 MCPCommandSender::Outcome ChannelCommandSender::send(const QUrl& url)
 {
     CommandChannelClient client(m_paths);
-    const CommandOutcome outcome = client.send(url.toString(QUrl::FullyEncoded));
+    CommandOutcome outcome = client.send(url.toString(QUrl::FullyEncoded));
     // The next tool call may read the store: answer only once the change is in it.
-    if (outcome.ok)
-        client.sync();
+    if (outcome.ok) {
+        if (const CommandOutcome stored = client.sync(); !stored.ok)
+            outcome = stored;
+    }
     return {outcome.ok, outcome.message.toStdString()};
 }

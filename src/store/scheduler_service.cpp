@@ -122,10 +122,15 @@ void SchedulerService::saveSnapshot(const QList<ScheduledPost>& posts, const QLi
         // Only entries changed since the last save are encoded; the rest is joined.
         EncodedPostCache::fill(posts, slots);
         const auto write = [&slots](QIODevice& device) { return EncodedPostCache::write(slots, device); };
-        if (!writeIfLatest(generation, write) && generation == m_generation.load())
+        if (writeIfLatest(generation, write)) {
+            m_saveFailed = false;
+        } else if (generation == m_generation.load()) {
+            m_saveFailed = true;
             qCWarning(lcStore).noquote()
                 << QStringLiteral("❌ Failed to encode posts (async): the document could not be written");
+        }
     } catch (const CodingError& error) {
+        m_saveFailed = true;
         qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to encode posts (async): ") + error.message();
     }
 }

@@ -44,6 +44,9 @@ public:
     void savePostsAsync();
     // Blocks until every background save has finished (shutdown, tests).
     void waitForPendingSaves();
+    // False while the newest background save failed (the stored document is older than
+    // the list); the next successful save clears it.
+    bool lastSaveSucceeded() const { return !m_saveFailed.load(); }
 
     // The composer's and the URL commands' schedule action. Without editingId the
     // post is appended under a new id; with it, the entry with that id is replaced in
@@ -88,6 +91,7 @@ private:
     // Every save takes the next generation; a document is written only while its
     // generation is still the newest, under m_writeMutex, so saves never go back in time.
     std::atomic<quint64> m_generation{0};
+    std::atomic<bool> m_saveFailed{false};
     QMutex m_writeMutex;
     // Saves queued or running. Waiting on this rather than on the pool keeps its thread
     // alive between saves (QThreadPool::waitForDone ends its threads).

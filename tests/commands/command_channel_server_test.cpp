@@ -72,6 +72,7 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
 {
     TempHome home;
     QStringList events;
+    bool saved = true;
     CommandChannelServer server(
         home.paths(),
         [&](QString url) -> QCoro::Task<CommandOutcome> {
@@ -81,7 +82,10 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
             events << url;
             co_return CommandOutcome::success();
         },
-        [&] { events << u"settled"_qs; });
+        [&] {
+            events << u"settled"_qs;
+            return saved;
+        });
     ASSERT_EQ(server.start(), CommandChannelServer::StartResult::Listening);
 
     QLocalSocket command;
@@ -99,4 +103,12 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
     EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
               CommandOutcome::success(u"Stored"_qs));
     EXPECT_EQ(events, (QStringList{u"quillo://open"_qs, u"settled"_qs}));
+
+    // A save that failed is reported to the client that waits for it.
+    saved = false;
+    sync.write(CommandChannelProtocol::encodeSyncRequest());
+    sync.flush();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
+    EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
+              CommandOutcome::failure(u"Quillo could not save the changes; see its log"_qs));
 }

@@ -186,8 +186,10 @@ TEST_F(SchedulerServiceTest, BackgroundSaveAfterEveryKindOfChangeEqualsAFullEnco
     service.addOrUpdate(broken, broken.id);
     service.waitForPendingSaves();
     EXPECT_EQ(*store.data(PreferenceKeys::ScheduledPosts), beforeBroken);
+    EXPECT_FALSE(service.lastSaveSucceeded());
     service.addOrUpdate(loaded[4], loaded[4].id);
     expectStoredMatches("fixed after a failed save");
+    EXPECT_TRUE(service.lastSaveSucceeded());
 
     service.clearAll();
     expectStoredMatches("clear");
