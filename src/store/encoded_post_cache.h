@@ -27,7 +27,6 @@ public:
     void replace(qsizetype index);
     void remove(qsizetype index);
 
-    qsizetype size() const { return m_slots.size(); }
     // Shares the slots: a save fills them for every later save to reuse.
     QList<Slot> snapshot() const { return m_slots; }
 
