@@ -1,151 +1,140 @@
 #include "scheduling/bluesky_character_counter.h"
 
+#include "scheduling/bluesky_link_finder.h"
 #include "scheduling/graphemes.h"
-#include "scheduling/text_tokens.h"
 
-#include <QList>
-#include <QRegularExpression>
 #include <QUrl>
-
-#include <algorithm>
-#include <array>
 
 namespace {
 using namespace Qt::StringLiterals;
 
-// The same patterns the Bluesky client applies before it builds facets.
-const QRegularExpression& repairPattern()
+qsizetype schemeLength(QStringView link)
 {
-    static const QRegularExpression pattern(u"(https?://[^\\s]+)\\s*\n\\s*([^\\s]+)"_s,
-                                            QRegularExpression::UseUnicodePropertiesOption);
-    return pattern;
+    if (link.startsWith(u"https://"))
+        return 8;
+    if (link.startsWith(u"http://"))
+        return 7;
+    return 0;
 }
 
-const QString& urlBody()
+qsizetype nonSpaceEnd(QStringView text, qsizetype at)
 {
-    static const QString body =
-        uR"((?:https?://)?(?:[a-zA-Z0-9](?:[a-zA-Z0-9-]*[a-zA-Z0-9])?\.)+[a-zA-Z]{2,})"
-        uR"((?:/(?:[\w\-.~!$&'()*+,;=:@%]|(?:%[0-9a-fA-F]{2}))*)*/?)"
-        uR"((?:[#?](?:[\w\-.~!$&'()*+,;=:@%/?]|(?:%[0-9a-fA-F]{2}))*)?)"_s;
-    return body;
+    while (at < text.size() && !text.at(at).isSpace())
+        ++at;
+    return at;
 }
 
-const QRegularExpression& urlPattern()
+// The client first mends links broken over a line end: a link, whitespace holding a line
+// feed, and the next word become the link, one space and the word. A null string when no
+// link is broken.
+QString joinedBrokenLinks(QStringView text)
 {
-    static const QRegularExpression pattern(urlBody() + uR"((?=\s|$))"_s,
-                                            QRegularExpression::UseUnicodePropertiesOption);
-    return pattern;
+    QString joined;
+    qsizetype copied = 0;
+    for (qsizetype at = text.indexOf(u"http"); at != -1; at = text.indexOf(u"http", at)) {
+        const qsizetype scheme = schemeLength(text.sliced(at));
+        const qsizetype linkEnd = nonSpaceEnd(text, at + scheme);
+        if (scheme == 0 || linkEnd == at + scheme) {
+            ++at;
+            continue;
+        }
+        qsizetype wordStart = linkEnd;
+        bool lineFeed = false;
+        for (; wordStart < text.size() && text.at(wordStart).isSpace(); ++wordStart)
+            lineFeed = lineFeed || text.at(wordStart) == u'\n';
+        at = linkEnd; // a later start inside this link would meet the same whitespace
+        if (!lineFeed || wordStart == text.size())
+            continue;
+        joined += text.sliced(copied, linkEnd - copied);
+        joined += u' ';
+        copied = wordStart;
+        at = nonSpaceEnd(text, wordStart);
+    }
+    if (copied == 0)
+        return {};
+    joined += text.sliced(copied);
+    return joined;
 }
 
-// The client's pattern for a link at the start of a line is a line feed, whitespace, then
-// this body; the tokens it can match are found by startsLine().
-const QRegularExpression& lineStartUrlPattern()
+bool isHexDigit(QChar c)
 {
-    static const QRegularExpression pattern(urlBody(), QRegularExpression::UseUnicodePropertiesOption);
-    return pattern;
+    const char16_t u = c.unicode();
+    return (u >= u'0' && u <= u'9') || (u >= u'a' && u <= u'f') || (u >= u'A' && u <= u'F');
 }
 
-// Version numbers, file extensions, a word ending a sentence, punctuation runs.
-bool looksLikeNonUrl(const QString& candidate)
+// A link of ASCII characters whose escapes are whole and whose labels fit DNS passes the
+// strict parse below; the common case is spared building a QUrl.
+bool isPlainAsciiLink(QStringView link)
 {
-    static const std::array patterns = {
-        QRegularExpression(uR"(^\d+\.\d+\.\d+$)"_s), QRegularExpression(uR"(^\d+\.\d+$)"_s),
-        QRegularExpression(uR"(^v\d+\.\d+$)"_s),     QRegularExpression(uR"(^\.\w+$)"_s),
-        QRegularExpression(uR"(^\w+\.$)"_s),         QRegularExpression(uR"(^[^a-zA-Z0-9]+$)"_s),
-    };
-    return std::any_of(patterns.begin(), patterns.end(),
-                       [&](const QRegularExpression& p) { return p.match(candidate).hasMatch(); });
+    qsizetype labelLength = 0;
+    bool inHost = true;
+    const qsizetype schemeEnd = link.indexOf(u"://");
+    for (qsizetype i = schemeEnd < 0 ? 0 : schemeEnd + 3; i < link.size(); ++i) {
+        const QChar c = link.at(i);
+        if (c.unicode() >= 0x80)
+            return false;
+        if (c == u'%' && !(i + 2 < link.size() && isHexDigit(link.at(i + 1)) && isHexDigit(link.at(i + 2))))
+            return false;
+        if (!inHost)
+            continue;
+        if (c == u'/' || c == u'?' || c == u'#')
+            inHost = false;
+        else if (c == u'.')
+            labelLength = 0;
+        else if (++labelLength > 63)
+            return false;
+    }
+    return true;
 }
 
-bool isLinkable(const QString& candidate)
+// Version numbers and file names never get here: a link's top-level domain is letters.
+bool isLinkable(QStringView candidate, qsizetype schemeLength)
 {
-    if (looksLikeNonUrl(candidate))
-        return false;
-    const bool hasScheme = candidate.startsWith(u"http://"_s) || candidate.startsWith(u"https://"_s);
-    const QUrl target(hasScheme ? candidate : u"https://"_s + candidate, QUrl::StrictMode);
+    if (isPlainAsciiLink(candidate))
+        return true;
+    const QString address = schemeLength > 0 ? candidate.toString() : u"https://"_s + candidate;
+    const QUrl target(address, QUrl::StrictMode);
     return target.isValid() && !target.host().isEmpty();
 }
 
-QString displayForm(const QString& candidate)
+// The text as the client sends it, in `storage` when that differs from the text.
+QStringView sentForm(QStringView text, QString& storage)
 {
-    QString shown = candidate;
-    if (shown.contains(u"://"_s)) {
-        if (shown.startsWith(u"https://"_s))
-            shown.remove(0, 8);
-        else if (shown.startsWith(u"http://"_s))
-            shown.remove(0, 7);
-    }
-    if (shown.size() > BlueskyCharacterCounter::LinkDisplayLength)
-        shown = shown.first(BlueskyCharacterCounter::LinkDisplayLength) + u"..."_s;
-    return shown;
-}
-
-struct Span {
-    qsizetype start;
-    qsizetype end;
-};
-
-// Whether the whitespace before the token holds a line feed: the client also looks for
-// links at the start of every line but the first.
-bool startsLine(const QString& text, qsizetype tokenStart)
-{
-    for (qsizetype i = tokenStart - 1; i >= 0 && text.at(i).isSpace(); --i) {
-        if (text.at(i) == u'\n')
-            return true;
-    }
-    return false;
-}
-
-QList<Span> linkSpans(const QString& text)
-{
-    QList<Span> spans;
-    // A link holds no whitespace and at least one dot, so only such tokens are searched.
-    for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
-        auto urls = urlPattern().globalMatch(token.text);
-        while (urls.hasNext()) {
-            const auto match = urls.next();
-            spans.append({token.start + match.capturedStart(), token.start + match.capturedEnd()});
-        }
-        if (!startsLine(text, token.start))
+    QString repaired;
+    if (text.contains(u'\n'))
+        repaired = joinedBrokenLinks(text);
+    const QStringView source = repaired.isNull() ? text : QStringView(repaired);
+    qsizetype copied = 0;
+    for (const BlueskyLinkFinder::Span span : BlueskyLinkFinder::find(source)) {
+        const QStringView link = source.sliced(span.start, span.end - span.start);
+        // Shown without its scheme and cut to length. A link shown as typed leaves the text
+        // as it is, linked or not; only the others need the check that they are links.
+        const qsizetype scheme = schemeLength(link);
+        const QStringView shown = link.sliced(scheme);
+        const bool cut = shown.size() > BlueskyCharacterCounter::LinkDisplayLength;
+        if ((scheme == 0 && !cut) || !isLinkable(link, scheme))
             continue;
-        const auto lineStart = lineStartUrlPattern().match(token.text, 0, QRegularExpression::NormalMatch,
-                                                           QRegularExpression::AnchorAtOffsetMatchOption);
-        if (lineStart.hasMatch())
-            spans.append({token.start, token.start + lineStart.capturedLength()});
+        storage += source.sliced(copied, span.start - copied);
+        storage += cut ? shown.first(BlueskyCharacterCounter::LinkDisplayLength) : shown;
+        if (cut)
+            storage += u"...";
+        copied = span.end;
     }
-    std::sort(spans.begin(), spans.end(), [](Span a, Span b) { return a.start < b.start; });
-    QList<Span> disjoint;
-    for (const Span span : spans) {
-        if (disjoint.isEmpty() || span.start >= disjoint.last().end)
-            disjoint.append(span);
+    if (copied > 0) {
+        storage += source.sliced(copied);
+        return storage;
     }
-    return disjoint;
+    if (repaired.isNull())
+        return text; // nothing changed: spare the copy
+    storage = std::move(repaired);
+    return storage;
 }
 } // namespace
 
 QString BlueskyCharacterCounter::sentText(QStringView text)
 {
-    QString repaired = text.toString();
-    if (repaired.contains(u'\n') && repaired.contains(u"://"_s))
-        repaired.replace(repairPattern(), u"\\1 \\2"_s);
-    QString sent;
-    sent.reserve(repaired.size());
-    qsizetype copied = 0;
-    for (const Span span : linkSpans(repaired)) {
-        const QString candidate = repaired.sliced(span.start, span.end - span.start);
-        const QString shown = displayForm(candidate);
-        // A link shown as typed leaves the text as it is, linked or not; only the others
-        // need the (costly) check that they really are links.
-        if (shown == candidate || !isLinkable(candidate))
-            continue;
-        sent += QStringView(repaired).sliced(copied, span.start - copied);
-        sent += shown;
-        copied = span.end;
-    }
-    if (copied == 0)
-        return repaired; // nothing shortened: spare the copy
-    sent += QStringView(repaired).sliced(copied);
-    return sent;
+    QString storage;
+    return sentForm(text, storage).toString();
 }
 
 qsizetype BlueskyCharacterCounter::utf8Size(QStringView text)
@@ -169,6 +158,7 @@ qsizetype BlueskyCharacterCounter::utf8Size(QStringView text)
 
 CharacterCount BlueskyCharacterCounter::count(QStringView text)
 {
-    const QString sent = sentText(text);
+    QString storage;
+    const QStringView sent = sentForm(text, storage);
     return {Graphemes::count(sent), Limit, utf8Size(sent), ByteLimit};
 }

@@ -1,24 +1,90 @@
 #include "scheduling/mastodon_character_counter.h"
 
+#include "scheduling/code_point_table.h"
 #include "scheduling/graphemes.h"
 #include "scheduling/text_tokens.h"
 #include "scheduling/url_finder.h"
 
-#include <QRegularExpression>
 #include <QString>
 
 #include <algorithm>
+#include <cctype>
+#include <optional>
 
 namespace {
 using namespace Qt::StringLiterals;
 
-// A mention as Mastodon recognises it; group 1 is the user name, which is all that counts.
-const QRegularExpression& remoteMentionPattern()
+char32_t codePointAt(QStringView text, qsizetype i)
 {
-    static const QRegularExpression pattern(
-        uR"((?<![=/\w])@([a-z0-9_]+(?:[.-]+[a-z0-9_]+)*)@\w+(?:[.-]+\w+)*)"_s,
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
-    return pattern;
+    return i < text.size() ? Graphemes::codePointAt(text, i) : 0;
+}
+
+qsizetype unitsOf(char32_t cp)
+{
+    return cp > 0xFFFF ? 2 : 1;
+}
+
+bool isWordCharacter(char32_t cp)
+{
+    return CodePointTable::has(cp, CodePointTable::WordCharacter);
+}
+
+// Letters of a user name match in either case, which takes in the Kelvin sign and the long s.
+bool isUserNameCharacter(char32_t cp)
+{
+    return (cp < 0x80 && (std::isalnum(int(cp)) || cp == u'_')) || cp == 0x212A || cp == 0x017F;
+}
+
+template <typename Accepts>
+qsizetype runEnd(QStringView text, qsizetype at, Accepts accepts)
+{
+    for (char32_t cp = codePointAt(text, at); at < text.size() && accepts(cp); cp = codePointAt(text, at))
+        at += unitsOf(cp);
+    return at;
+}
+
+// Runs of accepted characters joined by dots and hyphens, as long as it goes on; `at` when
+// no accepted character stands there.
+template <typename Accepts>
+qsizetype dottedRunEnd(QStringView text, qsizetype at, Accepts accepts)
+{
+    qsizetype end = runEnd(text, at, accepts);
+    if (end == at)
+        return at;
+    for (;;) {
+        qsizetype next = end;
+        while (next < text.size() && (text.at(next) == u'.' || text.at(next) == u'-'))
+            ++next;
+        const qsizetype runStart = next;
+        next = runEnd(text, runStart, accepts);
+        if (next == end || next == runStart)
+            return end;
+        end = next;
+    }
+}
+
+struct Mention {
+    qsizetype start;
+    qsizetype end;
+    QStringView user;
+};
+
+// A mention as Mastodon recognises it at the '@' at `at`: a user name of ASCII words,
+// '@', a domain of words. Nothing but whitespace, '=' or '/' may stand before it.
+std::optional<Mention> mentionAt(QStringView word, qsizetype at)
+{
+    if (at > 0) {
+        const char32_t before = Graphemes::codePointBefore(word, at);
+        if (before == u'=' || before == u'/' || isWordCharacter(before))
+            return std::nullopt;
+    }
+    const qsizetype userEnd = dottedRunEnd(word, at + 1, isUserNameCharacter);
+    if (userEnd == at + 1 || userEnd >= word.size() || word.at(userEnd) != u'@')
+        return std::nullopt;
+    const qsizetype domainEnd = dottedRunEnd(word, userEnd + 1, isWordCharacter);
+    if (domainEnd == userEnd + 1)
+        return std::nullopt;
+    return Mention{at, domainEnd, word.sliced(at + 1, userEnd - at - 1)};
 }
 
 struct Entity {
@@ -33,11 +99,11 @@ QList<Entity> entities(QStringView text)
     for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::Required))
         found.append({link.start, link.end(), QString(MastodonCharacterCounter::LinkLength, u'x')});
     for (const TextTokens::Token& token : TextTokens::containing(text, u'@')) {
-        auto mentions = remoteMentionPattern().globalMatch(token.text);
-        while (mentions.hasNext()) {
-            const auto match = mentions.next();
-            found.append({token.start + match.capturedStart(), token.start + match.capturedEnd(),
-                          u'@' + match.captured(1)});
+        for (qsizetype at = token.text.indexOf(u'@'); at != -1;) {
+            const std::optional<Mention> mention = mentionAt(token.text, at);
+            if (mention)
+                found.append({token.start + mention->start, token.start + mention->end, u'@' + mention->user});
+            at = token.text.indexOf(u'@', mention ? mention->end : at + 1);
         }
     }
     // Where a link and a mention overlap, the one that starts first wins.

@@ -1,35 +1,124 @@
 #include "scheduling/url_finder.h"
 
+#include "scheduling/code_point_table.h"
+#include "scheduling/graphemes.h"
 #include "scheduling/text_tokens.h"
 
-#include <QRegularExpression>
 #include <QUrl>
 
 #include <algorithm>
 #include <array>
+#include <cctype>
+#include <optional>
+#include <string_view>
 
 namespace {
 using namespace Qt::StringLiterals;
 
-// A host label's characters, and those of the path and query that may follow. Possessive
-// repeats and the look-behind keep the search linear even on megabytes without a space.
-QString candidateSource(UrlFinder::Scheme scheme)
+constexpr qsizetype MaxPortDigits = 5;
+
+char32_t codePointAt(QStringView text, qsizetype i)
 {
-    const QString label = uR"([\p{L}\p{N}\p{M}\p{So}_\-])"_s;
-    const QString rest = uR"([a-z0-9\x{00C0}-\x{024F}\x{0300}-\x{036F}\x{0400}-\x{04FF}\x{1E00}-\x{1EFF})"
-                         uR"(!*';:=+,.$/%#\[\]\-\x{2013}_~&|@()?])"_s;
-    const QString schemePart = scheme == UrlFinder::Scheme::Required ? u"(https?://)"_s : u"(https?://)?"_s;
-    return u"(?<!"_s + label + u")"_s + schemePart + u"((?:"_s + label + u"++\\.)+"_s + label
-           + u"++)(:[0-9]{1,5})?([/?#]"_s + rest + u"*+)?"_s;
+    return i < text.size() ? Graphemes::codePointAt(text, i) : 0;
 }
 
-const QRegularExpression& candidatePattern(UrlFinder::Scheme scheme)
+qsizetype unitsOf(char32_t cp)
 {
-    static constexpr auto options =
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption;
-    static const QRegularExpression optional(candidateSource(UrlFinder::Scheme::Optional), options);
-    static const QRegularExpression required(candidateSource(UrlFinder::Scheme::Required), options);
-    return scheme == UrlFinder::Scheme::Required ? required : optional;
+    return cp > 0xFFFF ? 2 : 1;
+}
+
+bool isAsciiDigit(QChar c)
+{
+    return c.unicode() >= u'0' && c.unicode() <= u'9';
+}
+
+bool isLabelCharacter(char32_t cp)
+{
+    return CodePointTable::has(cp, CodePointTable::LinkLabel);
+}
+
+bool endsLabelRun(QStringView text, qsizetype at)
+{
+    return at > 0 && isLabelCharacter(Graphemes::codePointBefore(text, at));
+}
+
+// The characters a path or query may hold. Letters match in either case, which takes in
+// the few signs outside these ranges whose other case lies inside them.
+bool isRestCharacter(char32_t cp)
+{
+    const auto in = [cp](char32_t first, char32_t last) { return cp >= first && cp <= last; };
+    if (cp < 0x80) {
+        static constexpr std::string_view Punctuation = "!*';:=+,.$/%#[]-_~&|@()?";
+        return std::isalnum(int(cp)) || Punctuation.find(char(cp)) != std::string_view::npos;
+    }
+    return in(0x00C0, 0x024F) || in(0x0300, 0x036F) || in(0x0400, 0x04FF) || in(0x1E00, 0x1EFF) || cp == 0x2013
+           || in(0x1C80, 0x1C87) || in(0x212A, 0x212B) || in(0x2C7E, 0x2C7F);
+}
+
+qsizetype labelRunEnd(QStringView text, qsizetype at)
+{
+    for (char32_t cp = codePointAt(text, at); at < text.size() && isLabelCharacter(cp); cp = codePointAt(text, at))
+        at += unitsOf(cp);
+    return at;
+}
+
+qsizetype schemeLength(QStringView text, qsizetype at)
+{
+    const QStringView rest = text.sliced(at);
+    if (rest.startsWith(u"https://", Qt::CaseInsensitive))
+        return 8;
+    if (rest.startsWith(u"http://", Qt::CaseInsensitive))
+        return 7;
+    return 0;
+}
+
+// A candidate link: an optional scheme, labels joined by dots, an optional port, and a
+// path, query or fragment with everything that may follow it.
+struct Candidate {
+    qsizetype start = 0;
+    qsizetype hostStart = 0;
+    qsizetype hostEnd = 0;
+    qsizetype restStart = -1; // -1: no path, query or fragment
+    qsizetype end = 0;
+    bool hasScheme = false;
+};
+
+std::optional<Candidate> candidateAt(QStringView text, qsizetype start, UrlFinder::Scheme scheme)
+{
+    Candidate found;
+    found.start = start;
+    const qsizetype prefix = schemeLength(text, start);
+    if (prefix == 0 && scheme == UrlFinder::Scheme::Required)
+        return std::nullopt;
+    found.hasScheme = prefix > 0;
+    found.hostStart = start + prefix;
+    // Labels joined by dots, at least two. Without the scheme "http" would be a lone label.
+    qsizetype end = labelRunEnd(text, found.hostStart);
+    if (end == found.hostStart)
+        return std::nullopt;
+    bool dotted = false;
+    while (end + 1 < text.size() && text.at(end) == u'.') {
+        const qsizetype labelEnd = labelRunEnd(text, end + 1);
+        if (labelEnd == end + 1)
+            break;
+        end = labelEnd;
+        dotted = true;
+    }
+    if (!dotted)
+        return std::nullopt;
+    found.hostEnd = end;
+    if (end + 1 < text.size() && text.at(end) == u':' && isAsciiDigit(text.at(end + 1))) {
+        const qsizetype portStart = ++end;
+        while (end < text.size() && end - portStart < MaxPortDigits && isAsciiDigit(text.at(end)))
+            ++end;
+    }
+    if (end < text.size() && (text.at(end) == u'/' || text.at(end) == u'?' || text.at(end) == u'#')) {
+        found.restStart = end++;
+        while (end < text.size() && isRestCharacter(text.at(end).unicode()))
+            ++end;
+    }
+    found.end = end;
+    return found;
 }
 
 // Generic top-level domains a bare domain may end in. Two-letter country domains are
@@ -161,28 +250,40 @@ qsizetype trimmedEnd(QStringView text, qsizetype restStart, qsizetype end)
     }
     return end;
 }
+// The candidate as a link, unless what stands before it or its host rules it out.
+std::optional<UrlFinder::Range> accepted(QStringView text, qsizetype offset, const Candidate& candidate)
+{
+    const qsizetype start = offset + candidate.start;
+    if (start > 0 && isForbiddenBefore(text.at(start - 1), candidate.hasScheme))
+        return std::nullopt;
+    qsizetype end = offset + candidate.end;
+    const bool hasRest = candidate.restStart >= 0;
+    if (hasRest)
+        end = trimmedEnd(text, offset + candidate.restStart, end);
+    const bool hasPath = hasRest && end > offset + candidate.restStart;
+    const QStringView host = text.sliced(offset + candidate.hostStart, candidate.hostEnd - candidate.hostStart);
+    if (!isValidHost(host, candidate.hasScheme, hasPath))
+        return std::nullopt;
+    return UrlFinder::Range{start, end - start};
+}
 } // namespace
 
 QList<UrlFinder::Range> UrlFinder::find(QStringView text, Scheme scheme)
 {
     QList<Range> ranges;
     for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
-        auto matches = candidatePattern(scheme).globalMatch(token.text);
-        while (matches.hasNext()) {
-            const QRegularExpressionMatch match = matches.next();
-            const bool hasScheme = match.capturedLength(1) > 0;
-            const qsizetype start = token.start + match.capturedStart(0);
-            if (start > 0 && isForbiddenBefore(text.at(start - 1), hasScheme))
+        const QStringView word = token.text;
+        // A link starts where no label character stands before it, and the search goes on
+        // after each candidate, whether it proves to be a link or not.
+        for (qsizetype at = 0; at < word.size();) {
+            const std::optional<Candidate> candidate = endsLabelRun(word, at) ? std::nullopt : candidateAt(word, at, scheme);
+            if (!candidate) {
+                at += unitsOf(Graphemes::codePointAt(word, at));
                 continue;
-            const bool hasRest = match.capturedLength(4) > 0;
-            const qsizetype restStart = token.start + match.capturedStart(4);
-            qsizetype end = token.start + match.capturedEnd(0);
-            if (hasRest)
-                end = trimmedEnd(text, restStart, end);
-            const bool hasPath = hasRest && end > restStart;
-            if (!isValidHost(match.capturedView(2), hasScheme, hasPath))
-                continue;
-            ranges.append({start, end - start});
+            }
+            at = candidate->end;
+            if (const std::optional<Range> link = accepted(text, token.start, *candidate))
+                ranges.append(*link);
         }
     }
     return ranges;

@@ -1,61 +1,15 @@
 #include "scheduling/x_character_counter.h"
 
+#include "scheduling/code_point_table.h"
 #include "scheduling/graphemes.h"
 #include "scheduling/url_finder.h"
 
-#include <QRegularExpression>
 #include <QString>
-
-#include <bitset>
 
 namespace {
 using namespace Qt::StringLiterals;
 
 constexpr qsizetype EmojiWeight = 2;
-
-// Extended_Pictographic code points lie below U+3300 or in U+1F000-U+1FFFF. The table is
-// read once from the regular-expression engine's Unicode data, so it matches its version.
-class Pictographs {
-public:
-    static const Pictographs& instance()
-    {
-        static const Pictographs table;
-        return table;
-    }
-
-    bool contains(char32_t cp) const
-    {
-        if (cp < LowEnd)
-            return m_low.test(cp);
-        return cp >= HighStart && cp < HighEnd && m_high.test(cp - HighStart);
-    }
-
-private:
-    static constexpr char32_t LowEnd = 0x3300;
-    static constexpr char32_t HighStart = 0x1F000;
-    static constexpr char32_t HighEnd = 0x20000;
-
-    Pictographs()
-    {
-        QString all;
-        for (char32_t cp = 0; cp < LowEnd; ++cp)
-            all += QChar(char16_t(cp));
-        for (char32_t cp = HighStart; cp < HighEnd; ++cp)
-            all += QChar::fromUcs4(cp);
-        const QRegularExpression pattern(uR"(\p{Extended_Pictographic})"_s);
-        auto matches = pattern.globalMatch(all);
-        while (matches.hasNext()) {
-            const qsizetype at = matches.next().capturedStart();
-            if (at < qsizetype(LowEnd))
-                m_low.set(size_t(at));
-            else
-                m_high.set(size_t(at - LowEnd) / 2);
-        }
-    }
-
-    std::bitset<LowEnd> m_low;
-    std::bitset<HighEnd - HighStart> m_high;
-};
 
 char32_t codePointAt(QStringView text, qsizetype i)
 {
@@ -65,6 +19,11 @@ char32_t codePointAt(QStringView text, qsizetype i)
 qsizetype unitsOf(char32_t cp)
 {
     return cp > 0xFFFF ? 2 : 1;
+}
+
+bool isPictographic(char32_t cp)
+{
+    return CodePointTable::has(cp, CodePointTable::Pictographic);
 }
 
 bool isRegionalIndicator(char32_t cp)
@@ -92,12 +51,11 @@ qsizetype emojiSequenceEnd(QStringView text, qsizetype i)
             ++j;
         return codePointAt(text, j) == 0x20E3 ? j + 1 : -1;
     }
-    const auto& pictographs = Pictographs::instance();
     if (first == 0xA9 || first == 0xAE) {
         if (codePointAt(text, j) != 0xFE0F)
             return -1;
         ++j;
-    } else if (!pictographs.contains(first)) {
+    } else if (!isPictographic(first)) {
         return -1;
     }
     if (isModifierOrPresentation(codePointAt(text, j)))
@@ -107,7 +65,7 @@ qsizetype emojiSequenceEnd(QStringView text, qsizetype i)
         tags += 2;
     if (tags > j && codePointAt(text, tags) == 0xE007F)
         j = tags + 2;
-    while (codePointAt(text, j) == 0x200D && pictographs.contains(codePointAt(text, j + 1))) {
+    while (codePointAt(text, j) == 0x200D && isPictographic(codePointAt(text, j + 1))) {
         j += 1 + unitsOf(codePointAt(text, j + 1));
         if (isModifierOrPresentation(codePointAt(text, j)))
             j += unitsOf(codePointAt(text, j));
@@ -123,11 +81,37 @@ qsizetype weightOf(char32_t codePoint)
     return light ? 1 : 2;
 }
 
+// The text in NFC, in `storage` when that differs from the text. Only code points that are
+// not stable can change, so each run of them is normalised together with the stable code
+// point before it, which they may join; the rest is taken as it is.
+QStringView normalizedForm(QStringView text, QString& storage)
+{
+    qsizetype copied = 0;
+    qsizetype segmentStart = 0;
+    for (qsizetype i = 0; i < text.size();) {
+        char32_t cp = Graphemes::codePointAt(text, i);
+        if (CodePointTable::has(cp, CodePointTable::NfcStable)) {
+            segmentStart = i;
+            i += unitsOf(cp);
+            continue;
+        }
+        while (i < text.size() && !CodePointTable::has(cp = Graphemes::codePointAt(text, i), CodePointTable::NfcStable))
+            i += unitsOf(cp);
+        storage += text.sliced(copied, segmentStart - copied);
+        storage += text.sliced(segmentStart, i - segmentStart).toString().normalized(QString::NormalizationForm_C);
+        copied = segmentStart = i;
+    }
+    if (copied == 0)
+        return text;
+    storage += text.sliced(copied);
+    return storage;
+}
 } // namespace
 
 qsizetype XCharacterCounter::weightedLength(QStringView text)
 {
-    const QString normalized = text.toString().normalized(QString::NormalizationForm_C);
+    QString storage;
+    const QStringView normalized = normalizedForm(text, storage);
     const QList<UrlFinder::Range> links = UrlFinder::find(normalized, UrlFinder::Scheme::Optional);
 
     qsizetype length = 0;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <cstdint>
+#include <vector>
+
+// What the counters ask of every code point they read, looked up once in Qt's Unicode data
+// and kept in a table: counting a post then costs one load per character instead of
+// several property lookups.
+class CodePointTable {
+public:
+    enum Flag : std::uint16_t {
+        // A cluster of its own whatever stands around it (see Graphemes).
+        StandsAlone = 1 << 0,
+        // A cluster may end after it when a code point that stands alone follows.
+        MayEndCluster = 1 << 1,
+        // Joins the cluster before it the same way in every script: combining marks of the
+        // Latin, Greek, Cyrillic, Hebrew and Arabic blocks, marks for symbols, variation
+        // selectors, skin tones and tags. Marks of scripts whose clusters Qt tailors are
+        // left out on purpose.
+        Extends = 1 << 2,
+        ZeroWidthJoiner = 1 << 3,
+        RegionalIndicator = 1 << 4,
+        Pictographic = 1 << 5, // Extended_Pictographic
+        // NFC leaves it as it is and never joins it to what stands before it, so a text made
+        // of such code points only is already normalised.
+        NfcStable = 1 << 6,
+        WordCharacter = 1 << 7, // letter, number or underscore
+        LinkLabel = 1 << 8,     // letter, number, mark, other symbol, underscore or hyphen
+        // A control, separator or format character: a cluster of its own that nothing extends.
+        Control = 1 << 9,
+    };
+
+    static const CodePointTable& instance();
+
+    // Loops over text fetch the instance once and ask it.
+    std::uint16_t flagsOf(char32_t cp) const { return cp < TableEnd ? m_flags[cp] : computeFlags(cp); }
+    static std::uint16_t flags(char32_t cp) { return instance().flagsOf(cp); }
+    static bool has(char32_t cp, Flag flag) { return (flags(cp) & flag) != 0; }
+
+private:
+    // The Basic Multilingual Plane and the emoji plane; the rest is looked up when met.
+    static constexpr char32_t TableEnd = 0x20000;
+
+    CodePointTable();
+    std::uint16_t computeFlags(char32_t cp) const;
+    bool isPictographic(char32_t cp) const;
+
+    std::vector<std::uint16_t> m_flags;
+    std::vector<bool> m_pictographic;     // below TableEnd
+    std::vector<bool> m_composesBackward; // second halves of canonical pairs
+};
