@@ -27,28 +27,40 @@ qsizetype nonSpaceEnd(QStringView text, qsizetype at)
 // The client first mends links broken over a line end: a link, whitespace holding a line
 // feed, and the next word become the link, one space and the word. A null string when no
 // link is broken.
+// Where the scheme that ends at the colon at `colon` starts, or -1.
+qsizetype schemeStartAt(QStringView text, qsizetype colon)
+{
+    if (!text.sliced(colon).startsWith(u"://"))
+        return -1;
+    if (colon >= 5 && text.sliced(colon - 5, 5) == u"https")
+        return colon - 5;
+    if (colon >= 4 && text.sliced(colon - 4, 4) == u"http")
+        return colon - 4;
+    return -1;
+}
+
 QString joinedBrokenLinks(QStringView text)
 {
     QString joined;
     qsizetype copied = 0;
-    for (qsizetype at = text.indexOf(u"http"); at != -1; at = text.indexOf(u"http", at)) {
-        const qsizetype scheme = schemeLength(text.sliced(at));
-        const qsizetype linkEnd = nonSpaceEnd(text, at + scheme);
-        if (scheme == 0 || linkEnd == at + scheme) {
-            ++at;
+    qsizetype searchFrom = 0;
+    for (qsizetype colon = text.indexOf(u':'); colon != -1; colon = text.indexOf(u':', colon + 1)) {
+        if (schemeStartAt(text, colon) < searchFrom)
             continue;
-        }
+        const qsizetype linkEnd = nonSpaceEnd(text, colon + 3);
+        if (linkEnd == colon + 3)
+            continue;
         qsizetype wordStart = linkEnd;
         bool lineFeed = false;
         for (; wordStart < text.size() && text.at(wordStart).isSpace(); ++wordStart)
             lineFeed = lineFeed || text.at(wordStart) == u'\n';
-        at = linkEnd; // a later start inside this link would meet the same whitespace
+        searchFrom = linkEnd; // a later start inside this link would meet the same whitespace
         if (!lineFeed || wordStart == text.size())
             continue;
         joined += text.sliced(copied, linkEnd - copied);
         joined += u' ';
         copied = wordStart;
-        at = nonSpaceEnd(text, wordStart);
+        searchFrom = nonSpaceEnd(text, wordStart);
     }
     if (copied == 0)
         return {};
@@ -68,8 +80,7 @@ bool isPlainAsciiLink(QStringView link)
 {
     qsizetype labelLength = 0;
     bool inHost = true;
-    const qsizetype schemeEnd = link.indexOf(u"://");
-    for (qsizetype i = schemeEnd < 0 ? 0 : schemeEnd + 3; i < link.size(); ++i) {
+    for (qsizetype i = 0; i < link.size(); ++i) {
         const QChar c = link.at(i);
         if (c.unicode() >= 0x80)
             return false;
@@ -90,7 +101,7 @@ bool isPlainAsciiLink(QStringView link)
 // Version numbers and file names never get here: a link's top-level domain is letters.
 bool isLinkable(QStringView candidate, qsizetype schemeLength)
 {
-    if (isPlainAsciiLink(candidate))
+    if (isPlainAsciiLink(candidate.sliced(schemeLength)))
         return true;
     const QString address = schemeLength > 0 ? candidate.toString() : u"https://"_s + candidate;
     const QUrl target(address, QUrl::StrictMode);
@@ -114,6 +125,8 @@ QStringView sentForm(QStringView text, QString& storage)
         const bool cut = shown.size() > BlueskyCharacterCounter::LinkDisplayLength;
         if ((scheme == 0 && !cut) || !isLinkable(link, scheme))
             continue;
+        if (copied == 0)
+            storage.reserve(source.size());
         storage += source.sliced(copied, span.start - copied);
         storage += cut ? shown.first(BlueskyCharacterCounter::LinkDisplayLength) : shown;
         if (cut)
@@ -139,18 +152,15 @@ QString BlueskyCharacterCounter::sentText(QStringView text)
 
 qsizetype BlueskyCharacterCounter::utf8Size(QStringView text)
 {
+    // Every unit takes 1, 2 or 3 bytes; a surrogate pair takes 4 together, and a lone
+    // surrogate travels as U+FFFD (3).
     qsizetype bytes = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char16_t unit = text.at(i).unicode();
-        if (unit < 0x80) {
+        bytes += 1 + (unit >= 0x80) + (unit >= 0x800);
+        if (QChar::isHighSurrogate(unit) && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
             bytes += 1;
-        } else if (unit < 0x800) {
-            bytes += 2;
-        } else if (QChar::isHighSurrogate(unit) && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
-            bytes += 4;
             ++i;
-        } else {
-            bytes += 3; // lone surrogates travel as U+FFFD
         }
     }
     return bytes;

@@ -92,9 +92,9 @@ bool isTopLevelDomain(QStringView part)
 bool isHost(QStringView run)
 {
     const qsizetype lastDot = run.lastIndexOf(u'.');
-    if (lastDot < 0 || !isTopLevelDomain(run.sliced(lastDot + 1)))
+    if (lastDot <= 0 || !isTopLevelDomain(run.sliced(lastDot + 1)))
         return false;
-    for (const QStringView label : run.first(lastDot).split(u'.')) {
+    for (const QStringView label : run.first(lastDot).tokenize(u'.')) {
         if (!isLabel(label))
             return false;
     }

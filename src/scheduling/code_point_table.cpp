@@ -90,12 +90,6 @@ bool isMark(QChar::Category category)
 }
 } // namespace
 
-const CodePointTable& CodePointTable::instance()
-{
-    static const CodePointTable table;
-    return table;
-}
-
 CodePointTable::CodePointTable()
     : m_pictographic(TableEnd, false)
     , m_composesBackward(TableEnd, false)
@@ -153,9 +147,10 @@ std::uint16_t CodePointTable::computeFlags(char32_t cp) const
     set(cp == 0x200D, ZeroWidthJoiner);
     set(inRange(cp, 0x1F1E6, 0x1F1FF), RegionalIndicator);
     set(isPictographic(cp), Pictographic);
+    // Format characters are controls, but for the joiners and the tags, which extend.
     set((category == QChar::Other_Control || category == QChar::Separator_Line || category == QChar::Separator_Paragraph
          || category == QChar::Other_Format)
-            && cp != 0x200C && cp != 0x200D,
+            && cp != 0x200C && cp != 0x200D && !extendsEverywhere(cp),
         Control);
     set(isLetterOrNumber(category) || cp == u'_', WordCharacter);
     set(isLetterOrNumber(category) || isMark(category) || category == QChar::Symbol_Other || cp == u'_'

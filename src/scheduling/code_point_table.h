@@ -32,7 +32,11 @@ public:
         Control = 1 << 9,
     };
 
-    static const CodePointTable& instance();
+    static const CodePointTable& instance()
+    {
+        static const CodePointTable table;
+        return table;
+    }
 
     // Loops over text fetch the instance once and ask it.
     std::uint16_t flagsOf(char32_t cp) const { return cp < TableEnd ? m_flags[cp] : computeFlags(cp); }

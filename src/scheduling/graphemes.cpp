@@ -88,48 +88,106 @@ qsizetype ruleCount(QStringView piece, const Table& table)
     }
     return clusters;
 }
+
+// Cuts the text where a boundary is certain, before a code point that stands alone and
+// after one that may end a cluster, and counts each piece. A piece of one code point is
+// one cluster. Pieces made of base characters, marks that extend, joiners and regional
+// indicators follow the default rules alone; only the others (Indic and Thai text, Hangul
+// jamo, format characters) need the costly finder. Short pieces also keep the finder
+// clear of its miscounts of Indic and Thai text that follows an emoji in the same call.
+class PieceCounter {
+public:
+    explicit PieceCounter(QStringView text)
+        : m_text(text)
+        , m_table(Table::instance())
+    {
+    }
+
+    qsizetype count()
+    {
+        const QChar* units = m_text.data();
+        for (qsizetype i = 0; i < m_text.size();) {
+            if (!isPlain(units[i])) {
+                const char32_t cp = Graphemes::codePointAt(m_text, i);
+                add(i, m_table.flagsOf(cp));
+                i += unitsOf(cp);
+                continue;
+            }
+            // In a run of plain code units every one but the first starts a piece, and all
+            // but the last of those pieces hold one code point.
+            const qsizetype runStart = i;
+            while (i < m_text.size() && isPlain(units[i]))
+                ++i;
+            add(runStart, PlainFlags);
+            if (i - runStart > 1) {
+                closePiece(runStart + 1);
+                m_clusters += i - runStart - 2;
+                openPiece(i - 1, PlainFlags);
+            }
+        }
+        if (m_pieceCodePoints > 0)
+            closePiece(m_text.size());
+        return m_clusters;
+    }
+
+private:
+    static constexpr std::uint16_t RuleFlags =
+        Table::StandsAlone | Table::Extends | Table::ZeroWidthJoiner | Table::RegionalIndicator;
+    static constexpr std::uint16_t PlainFlags = Table::StandsAlone | Table::MayEndCluster;
+
+    // A code unit that is a code point of its own, stands alone and may end a cluster.
+    bool isPlain(QChar unit) const
+    {
+        const char16_t u = unit.unicode();
+        if (u < 0x300)
+            return u != u'\r';
+        return !QChar::isSurrogate(u) && (m_table.flagsOf(u) & PlainFlags) == PlainFlags;
+    }
+
+    void add(qsizetype at, std::uint16_t flags)
+    {
+        if (m_pieceCodePoints > 0 && m_previousMayEnd && (flags & Table::StandsAlone)) {
+            closePiece(at);
+            openPiece(at, flags);
+            return;
+        }
+        ++m_pieceCodePoints;
+        m_pieceFollowsRules = m_pieceFollowsRules && (flags & RuleFlags);
+        m_previousMayEnd = flags & Table::MayEndCluster;
+    }
+
+    void openPiece(qsizetype at, std::uint16_t flags)
+    {
+        m_pieceStart = at;
+        m_pieceCodePoints = 1;
+        m_pieceFollowsRules = flags & RuleFlags;
+        m_previousMayEnd = flags & Table::MayEndCluster;
+    }
+
+    void closePiece(qsizetype end)
+    {
+        if (m_pieceCodePoints == 1) {
+            ++m_clusters;
+            return;
+        }
+        const QStringView piece = m_text.sliced(m_pieceStart, end - m_pieceStart);
+        m_clusters += m_pieceFollowsRules ? ruleCount(piece, m_table) : finderCount(piece);
+    }
+
+    QStringView m_text;
+    const Table& m_table;
+    qsizetype m_clusters = 0;
+    qsizetype m_pieceStart = 0;
+    qsizetype m_pieceCodePoints = 0;
+    bool m_pieceFollowsRules = true;
+    bool m_previousMayEnd = false;
+};
+
 } // namespace
 
 qsizetype Graphemes::count(QStringView text)
 {
-    // The text is cut where a boundary is certain: before a code point that stands alone,
-    // after one that may end a cluster. A piece of one code point is one cluster. Pieces
-    // made of base characters, marks that extend, joiners and regional indicators follow
-    // the default rules alone; only the others (Indic and Thai text, Hangul jamo, format
-    // characters) need the costly finder. Short pieces also keep the finder clear of its
-    // miscounts of Indic and Thai text that follows an emoji in the same call.
-    constexpr auto RuleFlags = Table::StandsAlone | Table::Extends | Table::ZeroWidthJoiner | Table::RegionalIndicator;
-    const Table& table = Table::instance();
-    qsizetype clusters = 0;
-    qsizetype pieceStart = 0;
-    qsizetype pieceCodePoints = 0;
-    bool pieceFollowsRules = true;
-    bool previousMayEnd = false;
-    const auto closePiece = [&](qsizetype end) {
-        if (pieceCodePoints == 1) {
-            ++clusters;
-            return;
-        }
-        const QStringView piece = text.sliced(pieceStart, end - pieceStart);
-        clusters += pieceFollowsRules ? ruleCount(piece, table) : finderCount(piece);
-    };
-    for (qsizetype i = 0; i < text.size();) {
-        const char32_t cp = codePointAt(text, i);
-        const std::uint16_t flags = table.flagsOf(cp);
-        if (pieceCodePoints > 0 && previousMayEnd && (flags & Table::StandsAlone)) {
-            closePiece(i);
-            pieceStart = i;
-            pieceCodePoints = 0;
-            pieceFollowsRules = true;
-        }
-        ++pieceCodePoints;
-        pieceFollowsRules = pieceFollowsRules && (flags & RuleFlags);
-        previousMayEnd = flags & Table::MayEndCluster;
-        i += unitsOf(cp);
-    }
-    if (pieceCodePoints > 0)
-        closePiece(text.size());
-    return clusters;
+    return PieceCounter(text).count();
 }
 
 char32_t Graphemes::codePointBefore(QStringView text, qsizetype index)

@@ -123,6 +123,7 @@ qsizetype MastodonCharacterCounter::length(QStringView text)
     if (found.isEmpty())
         return Graphemes::count(text);
     QString countable;
+    countable.reserve(text.size() + LinkLength * found.size());
     qsizetype copied = 0;
     for (const Entity& entity : found) {
         countable += text.sliced(copied, entity.start - copied);

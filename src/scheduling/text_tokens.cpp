@@ -1,8 +1,8 @@
 #include "scheduling/text_tokens.h"
 
-QList<TextTokens::Token> TextTokens::containing(QStringView text, QChar needed)
+TextTokens::Tokens TextTokens::containing(QStringView text, QChar needed)
 {
-    QList<Token> tokens;
+    Tokens tokens;
     for (qsizetype at = text.indexOf(needed); at != -1;) {
         qsizetype start = at;
         while (start > 0 && !text.at(start - 1).isSpace())
@@ -16,9 +16,9 @@ QList<TextTokens::Token> TextTokens::containing(QStringView text, QChar needed)
     return tokens;
 }
 
-QList<TextTokens::Token> TextTokens::withInnerDot(QStringView text)
+TextTokens::Tokens TextTokens::withInnerDot(QStringView text)
 {
-    QList<Token> tokens = containing(text, u'.');
+    Tokens tokens = containing(text, u'.');
     tokens.removeIf([](const Token& token) {
         for (qsizetype dot = token.text.indexOf(u'.'); dot != -1; dot = token.text.indexOf(u'.', dot + 1)) {
             if (dot + 1 == token.text.size())

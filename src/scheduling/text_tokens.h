@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QList>
+#include <QVarLengthArray>
 #include <QStringView>
 
 // The maximal runs of non-whitespace in a text. Links and mentions never contain
@@ -13,8 +13,11 @@ public:
         QStringView text;
     };
 
-    static QList<Token> containing(QStringView text, QChar needed);
+    // A post holds few such tokens; they stay on the stack.
+    using Tokens = QVarLengthArray<Token, 8>;
+
+    static Tokens containing(QStringView text, QChar needed);
     // Tokens where a dot is followed by something that can start a domain label, so that a
     // word ending a sentence is not searched for a host.
-    static QList<Token> withInnerDot(QStringView text);
+    static Tokens withInnerDot(QStringView text);
 };

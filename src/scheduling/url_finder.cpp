@@ -1,125 +1,17 @@
 #include "scheduling/url_finder.h"
 
-#include "scheduling/code_point_table.h"
-#include "scheduling/graphemes.h"
+#include "scheduling/link_candidate_scanner.h"
 #include "scheduling/text_tokens.h"
 
 #include <QUrl>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <optional>
-#include <string_view>
 
 namespace {
 using namespace Qt::StringLiterals;
-
-constexpr qsizetype MaxPortDigits = 5;
-
-char32_t codePointAt(QStringView text, qsizetype i)
-{
-    return i < text.size() ? Graphemes::codePointAt(text, i) : 0;
-}
-
-qsizetype unitsOf(char32_t cp)
-{
-    return cp > 0xFFFF ? 2 : 1;
-}
-
-bool isAsciiDigit(QChar c)
-{
-    return c.unicode() >= u'0' && c.unicode() <= u'9';
-}
-
-bool isLabelCharacter(char32_t cp)
-{
-    return CodePointTable::has(cp, CodePointTable::LinkLabel);
-}
-
-bool endsLabelRun(QStringView text, qsizetype at)
-{
-    return at > 0 && isLabelCharacter(Graphemes::codePointBefore(text, at));
-}
-
-// The characters a path or query may hold. Letters match in either case, which takes in
-// the few signs outside these ranges whose other case lies inside them.
-bool isRestCharacter(char32_t cp)
-{
-    const auto in = [cp](char32_t first, char32_t last) { return cp >= first && cp <= last; };
-    if (cp < 0x80) {
-        static constexpr std::string_view Punctuation = "!*';:=+,.$/%#[]-_~&|@()?";
-        return std::isalnum(int(cp)) || Punctuation.find(char(cp)) != std::string_view::npos;
-    }
-    return in(0x00C0, 0x024F) || in(0x0300, 0x036F) || in(0x0400, 0x04FF) || in(0x1E00, 0x1EFF) || cp == 0x2013
-           || in(0x1C80, 0x1C87) || in(0x212A, 0x212B) || in(0x2C7E, 0x2C7F);
-}
-
-qsizetype labelRunEnd(QStringView text, qsizetype at)
-{
-    for (char32_t cp = codePointAt(text, at); at < text.size() && isLabelCharacter(cp); cp = codePointAt(text, at))
-        at += unitsOf(cp);
-    return at;
-}
-
-qsizetype schemeLength(QStringView text, qsizetype at)
-{
-    const QStringView rest = text.sliced(at);
-    if (rest.startsWith(u"https://", Qt::CaseInsensitive))
-        return 8;
-    if (rest.startsWith(u"http://", Qt::CaseInsensitive))
-        return 7;
-    return 0;
-}
-
-// A candidate link: an optional scheme, labels joined by dots, an optional port, and a
-// path, query or fragment with everything that may follow it.
-struct Candidate {
-    qsizetype start = 0;
-    qsizetype hostStart = 0;
-    qsizetype hostEnd = 0;
-    qsizetype restStart = -1; // -1: no path, query or fragment
-    qsizetype end = 0;
-    bool hasScheme = false;
-};
-
-std::optional<Candidate> candidateAt(QStringView text, qsizetype start, UrlFinder::Scheme scheme)
-{
-    Candidate found;
-    found.start = start;
-    const qsizetype prefix = schemeLength(text, start);
-    if (prefix == 0 && scheme == UrlFinder::Scheme::Required)
-        return std::nullopt;
-    found.hasScheme = prefix > 0;
-    found.hostStart = start + prefix;
-    // Labels joined by dots, at least two. Without the scheme "http" would be a lone label.
-    qsizetype end = labelRunEnd(text, found.hostStart);
-    if (end == found.hostStart)
-        return std::nullopt;
-    bool dotted = false;
-    while (end + 1 < text.size() && text.at(end) == u'.') {
-        const qsizetype labelEnd = labelRunEnd(text, end + 1);
-        if (labelEnd == end + 1)
-            break;
-        end = labelEnd;
-        dotted = true;
-    }
-    if (!dotted)
-        return std::nullopt;
-    found.hostEnd = end;
-    if (end + 1 < text.size() && text.at(end) == u':' && isAsciiDigit(text.at(end + 1))) {
-        const qsizetype portStart = ++end;
-        while (end < text.size() && end - portStart < MaxPortDigits && isAsciiDigit(text.at(end)))
-            ++end;
-    }
-    if (end < text.size() && (text.at(end) == u'/' || text.at(end) == u'?' || text.at(end) == u'#')) {
-        found.restStart = end++;
-        while (end < text.size() && isRestCharacter(text.at(end).unicode()))
-            ++end;
-    }
-    found.end = end;
-    return found;
-}
 
 // Generic top-level domains a bare domain may end in. Two-letter country domains are
 // accepted as a class; X keeps a longer list, these are the ones seen in practice.
@@ -173,7 +65,9 @@ bool isAllLetters(QStringView text)
     return true;
 }
 
-bool isIpv4(const QList<QStringView>& labels)
+using Labels = QVarLengthArray<QStringView, 8>;
+
+bool isIpv4(const Labels& labels)
 {
     if (labels.size() != 4)
         return false;
@@ -195,7 +89,9 @@ bool fitsDns(QStringView label)
 
 bool isValidHost(QStringView host, bool hasScheme, bool hasPath)
 {
-    const QList<QStringView> labels = host.split(u'.');
+    Labels labels;
+    for (const QStringView label : host.tokenize(u'.'))
+        labels.append(label);
     if (hasScheme && isIpv4(labels))
         return true;
     if (!hasScheme && !isAscii(host))
@@ -251,7 +147,7 @@ qsizetype trimmedEnd(QStringView text, qsizetype restStart, qsizetype end)
     return end;
 }
 // The candidate as a link, unless what stands before it or its host rules it out.
-std::optional<UrlFinder::Range> accepted(QStringView text, qsizetype offset, const Candidate& candidate)
+std::optional<UrlFinder::Range> accepted(QStringView text, qsizetype offset, const LinkCandidateScanner::Candidate& candidate)
 {
     const qsizetype start = offset + candidate.start;
     if (start > 0 && isForbiddenBefore(text.at(start - 1), candidate.hasScheme))
@@ -272,17 +168,8 @@ QList<UrlFinder::Range> UrlFinder::find(QStringView text, Scheme scheme)
 {
     QList<Range> ranges;
     for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
-        const QStringView word = token.text;
-        // A link starts where no label character stands before it, and the search goes on
-        // after each candidate, whether it proves to be a link or not.
-        for (qsizetype at = 0; at < word.size();) {
-            const std::optional<Candidate> candidate = endsLabelRun(word, at) ? std::nullopt : candidateAt(word, at, scheme);
-            if (!candidate) {
-                at += unitsOf(Graphemes::codePointAt(word, at));
-                continue;
-            }
-            at = candidate->end;
-            if (const std::optional<Range> link = accepted(text, token.start, *candidate))
+        for (const LinkCandidateScanner::Candidate& candidate : LinkCandidateScanner::scan(token.text, scheme)) {
+            if (const std::optional<Range> link = accepted(text, token.start, candidate))
                 ranges.append(*link);
         }
     }

@@ -81,22 +81,58 @@ qsizetype weightOf(char32_t codePoint)
     return light ? 1 : 2;
 }
 
+bool startsKeycap(QStringView text, qsizetype at)
+{
+    const char16_t unit = text.at(at).unicode();
+    const bool base = (unit >= u'0' && unit <= u'9') || unit == u'#' || unit == u'*';
+    return base && at + 1 < text.size() && (text.at(at + 1) == QChar(0xFE0F) || text.at(at + 1) == QChar(0x20E3));
+}
+
+// The end of the run from `at` of code points of the Basic Multilingual Plane that start
+// no emoji; their weight is added to `weight`.
+qsizetype plainRunEnd(QStringView text, qsizetype at, qsizetype stop, qsizetype& weight)
+{
+    const CodePointTable& table = CodePointTable::instance();
+    for (; at < stop; ++at) {
+        const char16_t unit = text.at(at).unicode();
+        if (unit < 0x1100) {
+            if (unit == 0xA9 || unit == 0xAE || startsKeycap(text, at))
+                break;
+            ++weight;
+            continue;
+        }
+        if (QChar::isSurrogate(unit) || (table.flagsOf(unit) & CodePointTable::Pictographic))
+            break;
+        weight += weightOf(unit);
+    }
+    return at;
+}
+
 // The text in NFC, in `storage` when that differs from the text. Only code points that are
 // not stable can change, so each run of them is normalised together with the stable code
 // point before it, which they may join; the rest is taken as it is.
 QStringView normalizedForm(QStringView text, QString& storage)
 {
+    const CodePointTable& table = CodePointTable::instance();
+    const auto isStable = [&table](char32_t cp) { return cp < 0x300 || (table.flagsOf(cp) & CodePointTable::NfcStable); };
     qsizetype copied = 0;
     qsizetype segmentStart = 0;
     for (qsizetype i = 0; i < text.size();) {
+        const char16_t unit = text.at(i).unicode();
+        if (!QChar::isSurrogate(unit) && isStable(unit)) {
+            segmentStart = i++;
+            continue;
+        }
         char32_t cp = Graphemes::codePointAt(text, i);
-        if (CodePointTable::has(cp, CodePointTable::NfcStable)) {
+        if (isStable(cp)) {
             segmentStart = i;
             i += unitsOf(cp);
             continue;
         }
-        while (i < text.size() && !CodePointTable::has(cp = Graphemes::codePointAt(text, i), CodePointTable::NfcStable))
+        while (i < text.size() && !isStable(cp = Graphemes::codePointAt(text, i)))
             i += unitsOf(cp);
+        if (copied == 0)
+            storage.reserve(text.size() + 8);
         storage += text.sliced(copied, segmentStart - copied);
         storage += text.sliced(segmentStart, i - segmentStart).toString().normalized(QString::NormalizationForm_C);
         copied = segmentStart = i;
@@ -114,6 +150,7 @@ qsizetype XCharacterCounter::weightedLength(QStringView text)
     const QStringView normalized = normalizedForm(text, storage);
     const QList<UrlFinder::Range> links = UrlFinder::find(normalized, UrlFinder::Scheme::Optional);
 
+    const CodePointTable& table = CodePointTable::instance();
     qsizetype length = 0;
     auto link = links.cbegin();
     for (qsizetype i = 0; i < normalized.size();) {
@@ -123,8 +160,16 @@ qsizetype XCharacterCounter::weightedLength(QStringView text)
             ++link;
             continue;
         }
+        const qsizetype stop = link != links.cend() ? link->start : normalized.size();
+        const qsizetype plainEnd = plainRunEnd(normalized, i, stop, length);
+        if (plainEnd > i) {
+            i = plainEnd;
+            continue;
+        }
         const char32_t cp = Graphemes::codePointAt(normalized, i);
-        const qsizetype emojiEnd = cp >= 0xA9 || (cp >= u'#' && cp <= u'9') ? emojiSequenceEnd(normalized, i) : -1;
+        const bool mayStartEmoji = (table.flagsOf(cp) & (CodePointTable::Pictographic | CodePointTable::RegionalIndicator))
+                                   || (cp >= u'#' && cp <= u'9');
+        const qsizetype emojiEnd = mayStartEmoji ? emojiSequenceEnd(normalized, i) : -1;
         if (emojiEnd > i) {
             length += EmojiWeight;
             i = emojiEnd;

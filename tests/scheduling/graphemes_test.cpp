@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace {
 using namespace Qt::StringLiterals;
 
@@ -21,12 +23,14 @@ qsizetype finderCount(const QString& text)
 
 // Qt's finder miscounts Indic and Thai text that shares a text with multi-code-point
 // clusters (an emoji, a variation selector, CR LF) before or after it; such texts are
-// checked against known counts instead.
+// checked against known counts instead. It also splits a flag that directly follows a
+// pictograph into its two indicators.
 bool finderIsReliable(const QString& text)
 {
     static const QRegularExpression complex(u"[\\x{0900}-\\x{0EFF}]"_s);
     static const QRegularExpression other(u"[^\\x{0900}-\\x{0EFF}a-z ]"_s);
-    return !text.contains(complex) || !text.contains(other);
+    static const QRegularExpression flagAfterPictograph(u"\\p{Extended_Pictographic}[\\x{1F1E6}-\\x{1F1FF}]"_s);
+    return (!text.contains(complex) || !text.contains(other)) && !text.contains(flagAfterPictograph);
 }
 
 QString escaped(const QString& text)
@@ -72,7 +76,34 @@ TEST(GraphemesTest, AgreesWithTheFinderOverTheWholeText)
     }
 }
 
-// Where the finder is not to be trusted the count still is: a cluster, then a conjunct.
+// Random mixes of what the fast path handles itself (marks of the Latin, Cyrillic, Hebrew
+// and Arabic blocks, emoji sequences, indicators, selectors, controls) and what it hands to
+// the finder (jamo, format characters, unassigned code points, Indic text).
+TEST(GraphemesTest, AgreesWithTheFinderOnRandomMixes)
+{
+    const QList<QString> pieces = {
+        u"a"_s, u"Z"_s, u" "_s, u"\u0301"_s, u"\u0323"_s, u"\u0483"_s, u"\u042F"_s, u"\u05D0"_s, u"\u05B8"_s,
+        u"\u0628"_s, u"\u064E"_s, u"\u0670"_s, u"\u0600"_s, u"\u20E3"_s, u"\uFE0F"_s, u"\uFE0E"_s, u"\u200D"_s,
+        u"\u200C"_s, u"\u200B"_s, u"\u00AD"_s, u"\r"_s, u"\n"_s, u"\u0007"_s, u"\u2028"_s, u"1"_s, u"#"_s,
+        u"\u2764"_s, u"\u00A9"_s, u"\U0001F600"_s, u"\U0001F468"_s, u"\U0001F3FD"_s, u"\U0001F1EB"_s,
+        u"\U0001F1F7"_s, u"\U000E0067"_s, u"\U000E007F"_s, u"\U0001F3F4"_s, u"\u1100"_s, u"\u1161"_s,
+        u"\u11A8"_s, u"\uAC00"_s, u"\u3099"_s, u"\u304B"_s, u"\uFF9E"_s, u"\u0378"_s, u"\U000E0100"_s,
+        u"\u1AB0"_s, u"\u1DC0"_s, u"\u0915"_s, u"\u094D"_s, u"\u093F"_s,
+    };
+    std::mt19937 engine(20261121);
+    std::uniform_int_distribution<qsizetype> pick(0, pieces.size() - 1);
+    for (int round = 0; round < 20000; ++round) {
+        QString text;
+        for (int i = std::uniform_int_distribution<int>(1, 10)(engine); i > 0; --i)
+            text += pieces.at(pick(engine));
+        if (finderIsReliable(text)) {
+            ASSERT_EQ(Graphemes::count(text), finderCount(text)) << qPrintable(escaped(text));
+        }
+    }
+}
+
+// Where the finder is not to be trusted the count still is: a cluster, then a conjunct;
+// a pictograph, then a flag.
 TEST(GraphemesTest, IndicAndThaiTextAfterAnEmojiCountAsOnTheirOwn)
 {
     EXPECT_EQ(Graphemes::count(u"हिन्दी"_s), 2);
@@ -82,5 +113,7 @@ TEST(GraphemesTest, IndicAndThaiTextAfterAnEmojiCountAsOnTheirOwn)
     EXPECT_EQ(Graphemes::count(u"\r\nहिन्दी"_s), 3);
     EXPECT_EQ(Graphemes::count(u"\u2764\uFE0Fहिन्दी"_s), 3);
     EXPECT_EQ(Graphemes::count(u"ก\u0E331\uFE0F\u20E3"_s), 2);
+    EXPECT_EQ(Graphemes::count(u"\U0001F600\U0001F1EB\U0001F1F7"_s), 2); // a face, then a flag
+    EXPECT_EQ(Graphemes::count(u"\u2764\U0001F1EB\U0001F1F7\U0001F1E9"_s), 3);
 }
 } // namespace
