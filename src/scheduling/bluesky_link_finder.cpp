@@ -4,6 +4,8 @@
 #include "scheduling/graphemes.h"
 #include "scheduling/text_tokens.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
 #include <optional>
 #include <string_view>
@@ -204,7 +206,7 @@ std::optional<Span> linkStartingWord(QStringView word)
     const qsizetype hostStart = schemeLength(word);
     // As many labels as there are, then a top-level domain; with fewer labels when the
     // last one does not begin with two letters.
-    QList<qsizetype> afterLabels;
+    QVarLengthArray<qsizetype, 8> afterLabels;
     for (qsizetype at = hostStart;;) {
         const qsizetype end = runEnd(word, at, isLabelCharacter);
         if (end >= word.size() || word.at(end) != u'.' || !isLabel(word.sliced(at, end - at)))
@@ -239,7 +241,7 @@ bool startsLine(QStringView text, qsizetype wordStart)
 
 QList<Span> BlueskyLinkFinder::find(QStringView text)
 {
-    QList<Span> spans;
+    QVarLengthArray<Span, 8> spans;
     // A link holds no whitespace and at least one dot, so only such words are searched.
     for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
         const auto shifted = [&token](Span span) { return Span{token.start + span.start, token.start + span.end}; };

@@ -106,9 +106,9 @@ std::optional<LinkCandidateScanner::Candidate> candidateAt(QStringView text, qsi
 }
 } // namespace
 
-QList<LinkCandidateScanner::Candidate> LinkCandidateScanner::scan(QStringView word, UrlFinder::Scheme scheme)
+LinkCandidateScanner::Candidates LinkCandidateScanner::scan(QStringView word, UrlFinder::Scheme scheme)
 {
-    QList<Candidate> found;
+    Candidates found;
     // A candidate starts where no label character stands before it, and the search goes on
     // after each candidate, whether it proves to be a link or not.
     for (qsizetype at = 0; at < word.size();) {

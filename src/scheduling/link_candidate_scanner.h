@@ -2,7 +2,7 @@
 
 #include "scheduling/url_finder.h"
 
-#include <QList>
+#include <QVarLengthArray>
 #include <QStringView>
 
 // Finds what is shaped like a link in a word, before any check of what stands before it or
@@ -21,6 +21,8 @@ public:
         bool operator==(const Candidate&) const = default;
     };
 
+    using Candidates = QVarLengthArray<Candidate, 4>;
+
     // In order; each search starts where the previous candidate ended.
-    static QList<Candidate> scan(QStringView word, UrlFinder::Scheme scheme);
+    static Candidates scan(QStringView word, UrlFinder::Scheme scheme);
 };

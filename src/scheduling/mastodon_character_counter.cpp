@@ -6,6 +6,7 @@
 #include "scheduling/url_finder.h"
 
 #include <QString>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <cctype>
@@ -87,51 +88,89 @@ std::optional<Mention> mentionAt(QStringView word, qsizetype at)
     return Mention{at, domainEnd, word.sliced(at + 1, userEnd - at - 1)};
 }
 
+// A link or a remote mention, and what Mastodon counts in its place: 23 characters for a
+// link, '@' and the user name (ASCII) for a mention.
 struct Entity {
     qsizetype start;
     qsizetype end;
-    QString replacement;
+    QStringView user; // null for a link
+
+    qsizetype countedLength() const { return user.isNull() ? MastodonCharacterCounter::LinkLength : 1 + user.size(); }
+    void appendReplacement(QString& text) const
+    {
+        if (user.isNull()) {
+            text += QString(MastodonCharacterCounter::LinkLength, u'x');
+            return;
+        }
+        text += u'@';
+        text += user;
+    }
 };
 
-QList<Entity> entities(QStringView text)
+using Entities = QVarLengthArray<Entity, 8>;
+
+Entities entities(QStringView text)
 {
-    QList<Entity> found;
+    Entities found;
     for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::Required))
-        found.append({link.start, link.end(), QString(MastodonCharacterCounter::LinkLength, u'x')});
+        found.append({link.start, link.end(), QStringView()});
     for (const TextTokens::Token& token : TextTokens::containing(text, u'@')) {
         for (qsizetype at = token.text.indexOf(u'@'); at != -1;) {
             const std::optional<Mention> mention = mentionAt(token.text, at);
             if (mention)
-                found.append({token.start + mention->start, token.start + mention->end, u'@' + mention->user});
+                found.append({token.start + mention->start, token.start + mention->end, mention->user});
             at = token.text.indexOf(u'@', mention ? mention->end : at + 1);
         }
     }
     // Where a link and a mention overlap, the one that starts first wins.
     std::sort(found.begin(), found.end(), [](const Entity& a, const Entity& b) { return a.start < b.start; });
-    QList<Entity> disjoint;
+    Entities disjoint;
     for (const Entity& entity : found) {
         if (disjoint.isEmpty() || entity.start >= disjoint.last().end)
             disjoint.append(entity);
     }
     return disjoint;
 }
-} // namespace
 
-qsizetype MastodonCharacterCounter::length(QStringView text)
+// A replacement starts and ends with characters that stand alone and may end a cluster, so
+// the text around it can be counted in pieces unless what touches it may join it.
+bool joinsNeighbours(QStringView text, const Entity& entity)
 {
-    const QList<Entity> found = entities(text);
-    if (found.isEmpty())
-        return Graphemes::count(text);
+    const bool joinsBefore =
+        entity.start > 0
+        && !CodePointTable::has(Graphemes::codePointBefore(text, entity.start), CodePointTable::MayEndCluster);
+    const bool joinsAfter = entity.end < text.size()
+                            && !CodePointTable::has(Graphemes::codePointAt(text, entity.end), CodePointTable::StandsAlone);
+    return joinsBefore || joinsAfter;
+}
+
+qsizetype countWithReplacements(QStringView text, const Entities& found)
+{
     QString countable;
-    countable.reserve(text.size() + LinkLength * found.size());
+    countable.reserve(text.size() + MastodonCharacterCounter::LinkLength * found.size());
     qsizetype copied = 0;
     for (const Entity& entity : found) {
         countable += text.sliced(copied, entity.start - copied);
-        countable += entity.replacement;
+        entity.appendReplacement(countable);
         copied = entity.end;
     }
     countable += text.sliced(copied);
     return Graphemes::count(countable);
+}
+} // namespace
+
+qsizetype MastodonCharacterCounter::length(QStringView text)
+{
+    const Entities found = entities(text);
+    if (std::any_of(found.begin(), found.end(), [text](const Entity& e) { return joinsNeighbours(text, e); }))
+        return countWithReplacements(text, found);
+    qsizetype length = 0;
+    qsizetype counted = 0;
+    for (const Entity& entity : found) {
+        length += Graphemes::count(text.sliced(counted, entity.start - counted)) + entity.countedLength();
+        counted = entity.end;
+    }
+    return length + Graphemes::count(text.sliced(counted));
 }
 
 CharacterCount MastodonCharacterCounter::count(QStringView text, qsizetype limit)

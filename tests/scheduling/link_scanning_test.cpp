@@ -64,12 +64,12 @@ QRegularExpression linkPattern(UrlFinder::Scheme scheme)
                               QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
 }
 
-QList<LinkCandidateScanner::Candidate> referenceCandidates(const QString& word, UrlFinder::Scheme scheme)
+LinkCandidateScanner::Candidates referenceCandidates(const QString& word, UrlFinder::Scheme scheme)
 {
     static const QRegularExpression optional = linkPattern(UrlFinder::Scheme::Optional);
     static const QRegularExpression required = linkPattern(UrlFinder::Scheme::Required);
     const QRegularExpression& pattern = scheme == UrlFinder::Scheme::Required ? required : optional;
-    QList<LinkCandidateScanner::Candidate> found;
+    LinkCandidateScanner::Candidates found;
     for (auto matches = pattern.globalMatch(word); matches.hasNext();) {
         const QRegularExpressionMatch match = matches.next();
         found.append({match.capturedStart(0), match.capturedStart(2), match.capturedEnd(2),
