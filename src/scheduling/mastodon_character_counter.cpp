@@ -13,8 +13,6 @@
 #include <optional>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 char32_t codePointAt(QStringView text, qsizetype i)
 {
     return i < text.size() ? Graphemes::codePointAt(text, i) : 0;

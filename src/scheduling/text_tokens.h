@@ -4,7 +4,7 @@
 #include <QStringView>
 
 // The maximal runs of non-whitespace in a text. Links and mentions never contain
-// whitespace, so their patterns only need to run over the few tokens that hold the
+// whitespace, so their scanners only need to run over the few tokens that hold the
 // character they cannot do without ('.' for a host, '@' for a mention).
 class TextTokens {
 public:

@@ -7,8 +7,6 @@
 #include <QString>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 constexpr qsizetype EmojiWeight = 2;
 
 char32_t codePointAt(QStringView text, qsizetype i)
