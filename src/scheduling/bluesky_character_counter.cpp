@@ -8,15 +8,6 @@
 namespace {
 using namespace Qt::StringLiterals;
 
-qsizetype schemeLength(QStringView link)
-{
-    if (link.startsWith(u"https://"))
-        return 8;
-    if (link.startsWith(u"http://"))
-        return 7;
-    return 0;
-}
-
 qsizetype nonSpaceEnd(QStringView text, qsizetype at)
 {
     while (at < text.size() && !text.at(at).isSpace())
@@ -24,9 +15,6 @@ qsizetype nonSpaceEnd(QStringView text, qsizetype at)
     return at;
 }
 
-// The client first mends links broken over a line end: a link, whitespace holding a line
-// feed, and the next word become the link, one space and the word. A null string when no
-// link is broken.
 // Where the scheme that ends at the colon at `colon` starts, or -1.
 qsizetype schemeStartAt(QStringView text, qsizetype colon)
 {
@@ -39,6 +27,9 @@ qsizetype schemeStartAt(QStringView text, qsizetype colon)
     return -1;
 }
 
+// The client first mends links broken over a line end: a link, whitespace holding a line
+// feed, and the next word become the link, one space and the word. A null string when no
+// link is broken.
 QString joinedBrokenLinks(QStringView text)
 {
     QString joined;
@@ -120,7 +111,7 @@ QStringView sentForm(QStringView text, QString& storage)
         const QStringView link = source.sliced(span.start, span.end - span.start);
         // Shown without its scheme and cut to length. A link shown as typed leaves the text
         // as it is, linked or not; only the others need the check that they are links.
-        const qsizetype scheme = schemeLength(link);
+        const qsizetype scheme = BlueskyLinkFinder::schemeLength(link);
         const QStringView shown = link.sliced(scheme);
         const bool cut = shown.size() > BlueskyCharacterCounter::LinkDisplayLength;
         if ((scheme == 0 && !cut) || !isLinkable(link, scheme))

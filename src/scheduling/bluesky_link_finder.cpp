@@ -13,11 +13,6 @@
 namespace {
 using Span = BlueskyLinkFinder::Span;
 
-qsizetype unitsOf(char32_t cp)
-{
-    return cp > 0xFFFF ? 2 : 1;
-}
-
 bool isAsciiLetter(char32_t c)
 {
     return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
@@ -57,27 +52,6 @@ bool isPathCharacter(char32_t cp)
 bool isQueryCharacter(char32_t cp)
 {
     return cp == u'/' || cp == u'?' || isSegmentCharacter(cp);
-}
-
-template <typename Accepts>
-qsizetype runEnd(QStringView text, qsizetype at, Accepts accepts)
-{
-    while (at < text.size()) {
-        const char32_t cp = Graphemes::codePointAt(text, at);
-        if (!accepts(cp))
-            break;
-        at += unitsOf(cp);
-    }
-    return at;
-}
-
-qsizetype schemeLength(QStringView text)
-{
-    if (text.startsWith(u"https://"))
-        return 8;
-    if (text.startsWith(u"http://"))
-        return 7;
-    return 0;
 }
 
 bool isLabel(QStringView part)
@@ -138,7 +112,7 @@ public:
             const char32_t cp = Graphemes::codePointBefore(text, m_queryFrom);
             if (!isQueryCharacter(cp))
                 break;
-            m_queryFrom -= unitsOf(cp);
+            m_queryFrom -= Graphemes::unitsOf(cp);
         }
     }
 
@@ -164,7 +138,7 @@ private:
     {
         if (from < m_scannedFrom || from > m_scannedEnd) {
             m_scannedFrom = from;
-            m_scannedEnd = runEnd(m_text, from, isPathCharacter);
+            m_scannedEnd = Graphemes::runEnd(m_text, from, isPathCharacter);
         }
         return m_scannedEnd;
     }
@@ -181,7 +155,7 @@ std::optional<Span> linkEndingWord(QStringView word)
     TailCheck tail(word);
     for (qsizetype at = 0; at < word.size();) {
         if (!isHostCharacter(word.at(at))) {
-            at += unitsOf(Graphemes::codePointAt(word, at));
+            at += Graphemes::unitsOf(Graphemes::codePointAt(word, at));
             continue;
         }
         const qsizetype runStart = at;
@@ -203,26 +177,26 @@ std::optional<Span> linkEndingWord(QStringView word)
 // The link the word starts with, as long as it goes (a line's first word).
 std::optional<Span> linkStartingWord(QStringView word)
 {
-    const qsizetype hostStart = schemeLength(word);
+    const qsizetype hostStart = BlueskyLinkFinder::schemeLength(word);
     // As many labels as there are, then a top-level domain; with fewer labels when the
     // last one does not begin with two letters.
     QVarLengthArray<qsizetype, 8> afterLabels;
     for (qsizetype at = hostStart;;) {
-        const qsizetype end = runEnd(word, at, isLabelCharacter);
+        const qsizetype end = Graphemes::runEnd(word, at, isLabelCharacter);
         if (end >= word.size() || word.at(end) != u'.' || !isLabel(word.sliced(at, end - at)))
             break;
         at = end + 1;
         afterLabels.append(at);
     }
     for (auto label = afterLabels.crbegin(); label != afterLabels.crend(); ++label) {
-        const qsizetype tldEnd = runEnd(word, *label, isAsciiLetter);
+        const qsizetype tldEnd = Graphemes::runEnd(word, *label, isAsciiLetter);
         if (tldEnd - *label < 2)
             continue;
         qsizetype end = tldEnd;
         if (end < word.size() && word.at(end) == u'/')
-            end = runEnd(word, end, isPathCharacter);
+            end = Graphemes::runEnd(word, end, isPathCharacter);
         if (end < word.size() && (word.at(end) == u'#' || word.at(end) == u'?'))
-            end = runEnd(word, end + 1, isQueryCharacter);
+            end = Graphemes::runEnd(word, end + 1, isQueryCharacter);
         return Span{0, end};
     }
     return std::nullopt;
@@ -238,6 +212,15 @@ bool startsLine(QStringView text, qsizetype wordStart)
     return false;
 }
 } // namespace
+
+qsizetype BlueskyLinkFinder::schemeLength(QStringView text)
+{
+    if (text.startsWith(u"https://"))
+        return 8;
+    if (text.startsWith(u"http://"))
+        return 7;
+    return 0;
+}
 
 QList<Span> BlueskyLinkFinder::find(QStringView text)
 {

@@ -15,6 +15,8 @@ public:
         bool operator==(const Span&) const = default;
     };
 
+    // The length of the http(s) scheme the text starts with (the client's is case-sensitive).
+    static qsizetype schemeLength(QStringView text);
     // Disjoint and in text order; where two overlap, the one that starts first is kept.
     static QList<Span> find(QStringView text);
 };

@@ -88,12 +88,50 @@ bool isMark(QChar::Category category)
 {
     return category >= QChar::Mark_NonSpacing && category <= QChar::Mark_Enclosing;
 }
+
+// Everything about a code point but the two facts read from whole tables.
+std::uint16_t computeFlags(char32_t cp, bool pictographic, bool composesBackward)
+{
+    std::uint16_t flags = 0;
+    const auto set = [&flags](bool condition, CodePointTable::Flag flag) {
+        if (condition)
+            flags |= flag;
+    };
+    const QChar::Category category = QChar::category(cp);
+    set(standsAlone(cp), CodePointTable::StandsAlone);
+    set(mayEndCluster(cp), CodePointTable::MayEndCluster);
+    set(extendsEverywhere(cp), CodePointTable::Extends);
+    set(cp == 0x200D, CodePointTable::ZeroWidthJoiner);
+    set(inRange(cp, 0x1F1E6, 0x1F1FF), CodePointTable::RegionalIndicator);
+    set(pictographic, CodePointTable::Pictographic);
+    // Format characters are controls, but for the joiners and the tags, which extend.
+    set((category == QChar::Other_Control || category == QChar::Separator_Line || category == QChar::Separator_Paragraph
+         || category == QChar::Other_Format)
+            && cp != 0x200C && cp != 0x200D && !extendsEverywhere(cp),
+        CodePointTable::Control);
+    set(isLetterOrNumber(category) || cp == u'_', CodePointTable::WordCharacter);
+    set(isLetterOrNumber(category) || isMark(category) || category == QChar::Symbol_Other || cp == u'_'
+            || cp == u'-',
+        CodePointTable::LinkLabel);
+
+    const bool composes = QChar::combiningClass(cp) != 0 || composesBackward;
+    bool stable = !composes;
+    if (stable && QChar::decompositionTag(cp) == QChar::Canonical
+        && !inRange(cp, HangulSyllablesFirst, HangulSyllablesLast)) {
+        // Precomposed letters stay; singletons and composition exclusions change.
+        const QString alone = QString::fromUcs4(&cp, 1);
+        stable = alone.normalized(QString::NormalizationForm_C) == alone;
+    }
+    set(stable, CodePointTable::NfcStable);
+    return flags;
+}
 } // namespace
 
 CodePointTable::CodePointTable()
-    : m_pictographic(TableEnd, false)
-    , m_composesBackward(TableEnd, false)
 {
+    std::vector<bool> pictographic(TableEnd, false);
+    std::vector<bool> composesBackward(TableEnd, false);
+
     // Extended_Pictographic code points lie below U+3300 or in U+1F000-U+1FFFF. Qt has no
     // accessor for the property; its regular-expression engine does.
     constexpr char32_t LowEnd = 0x3300;
@@ -107,7 +145,7 @@ CodePointTable::CodePointTable()
     for (auto matches = pictograph.globalMatch(candidates); matches.hasNext();) {
         const qsizetype at = matches.next().capturedStart();
         // Below LowEnd one unit per code point, above it a surrogate pair each.
-        m_pictographic[at < qsizetype(LowEnd) ? char32_t(at) : HighStart + char32_t(at - LowEnd) / 2] = true;
+        pictographic[at < qsizetype(LowEnd) ? char32_t(at) : HighStart + char32_t(at - LowEnd) / 2] = true;
     }
 
     // The second code point of a canonical pair may compose with the one before it.
@@ -116,55 +154,19 @@ CodePointTable::CodePointTable()
             continue;
         const QList<uint> parts = QChar::decomposition(cp).toUcs4();
         if (parts.size() == 2 && parts.at(1) < TableEnd)
-            m_composesBackward[parts.at(1)] = true;
+            composesBackward[parts.at(1)] = true;
     }
     for (char32_t cp = 0x1161; cp <= 0x1175; ++cp)
-        m_composesBackward[cp] = true; // Hangul vowels and trailing consonants
+        composesBackward[cp] = true; // Hangul vowels and trailing consonants
     for (char32_t cp = 0x11A8; cp <= 0x11C2; ++cp)
-        m_composesBackward[cp] = true;
+        composesBackward[cp] = true;
 
     m_flags.resize(TableEnd);
     for (char32_t cp = 0; cp < TableEnd; ++cp)
-        m_flags[cp] = computeFlags(cp);
+        m_flags[cp] = computeFlags(cp, pictographic[cp], composesBackward[cp]);
 }
 
-bool CodePointTable::isPictographic(char32_t cp) const
+std::uint16_t CodePointTable::flagsBeyondTable(char32_t cp)
 {
-    return cp < TableEnd && m_pictographic[cp];
-}
-
-std::uint16_t CodePointTable::computeFlags(char32_t cp) const
-{
-    std::uint16_t flags = 0;
-    const auto set = [&flags](bool condition, Flag flag) {
-        if (condition)
-            flags |= flag;
-    };
-    const QChar::Category category = QChar::category(cp);
-    set(standsAlone(cp), StandsAlone);
-    set(mayEndCluster(cp), MayEndCluster);
-    set(extendsEverywhere(cp), Extends);
-    set(cp == 0x200D, ZeroWidthJoiner);
-    set(inRange(cp, 0x1F1E6, 0x1F1FF), RegionalIndicator);
-    set(isPictographic(cp), Pictographic);
-    // Format characters are controls, but for the joiners and the tags, which extend.
-    set((category == QChar::Other_Control || category == QChar::Separator_Line || category == QChar::Separator_Paragraph
-         || category == QChar::Other_Format)
-            && cp != 0x200C && cp != 0x200D && !extendsEverywhere(cp),
-        Control);
-    set(isLetterOrNumber(category) || cp == u'_', WordCharacter);
-    set(isLetterOrNumber(category) || isMark(category) || category == QChar::Symbol_Other || cp == u'_'
-            || cp == u'-',
-        LinkLabel);
-
-    const bool composes = QChar::combiningClass(cp) != 0 || (cp < TableEnd && m_composesBackward[cp]);
-    bool stable = !composes;
-    if (stable && QChar::decompositionTag(cp) == QChar::Canonical
-        && !inRange(cp, HangulSyllablesFirst, HangulSyllablesLast)) {
-        // Precomposed letters stay; singletons and composition exclusions change.
-        const QString alone = QString::fromUcs4(&cp, 1);
-        stable = alone.normalized(QString::NormalizationForm_C) == alone;
-    }
-    set(stable, NfcStable);
-    return flags;
+    return computeFlags(cp, false, false);
 }

@@ -39,7 +39,7 @@ public:
     }
 
     // Loops over text fetch the instance once and ask it.
-    std::uint16_t flagsOf(char32_t cp) const { return cp < TableEnd ? m_flags[cp] : computeFlags(cp); }
+    std::uint16_t flagsOf(char32_t cp) const { return cp < TableEnd ? m_flags[cp] : flagsBeyondTable(cp); }
     static std::uint16_t flags(char32_t cp) { return instance().flagsOf(cp); }
     static bool has(char32_t cp, Flag flag) { return (flags(cp) & flag) != 0; }
 
@@ -48,10 +48,8 @@ private:
     static constexpr char32_t TableEnd = 0x20000;
 
     CodePointTable();
-    std::uint16_t computeFlags(char32_t cp) const;
-    bool isPictographic(char32_t cp) const;
+    // No pictograph lies beyond the table, and no code point there composes backward.
+    static std::uint16_t flagsBeyondTable(char32_t cp);
 
     std::vector<std::uint16_t> m_flags;
-    std::vector<bool> m_pictographic;     // below TableEnd
-    std::vector<bool> m_composesBackward; // second halves of canonical pairs
 };

@@ -7,11 +7,6 @@
 namespace {
 using Table = CodePointTable;
 
-qsizetype unitsOf(char32_t cp)
-{
-    return cp > 0xFFFF ? 2 : 1;
-}
-
 qsizetype finderCount(QStringView text)
 {
     // The finder's working memory stays on the stack for post-sized texts.
@@ -80,7 +75,7 @@ qsizetype ruleCount(QStringView piece, const Table& table)
     for (qsizetype i = 0; i < piece.size();) {
         const char32_t cp = Graphemes::codePointAt(piece, i);
         const std::uint16_t flags = table.flagsOf(cp);
-        i += unitsOf(cp);
+        i += Graphemes::unitsOf(cp);
         if (clusters > 0 && state.joins(flags))
             continue;
         ++clusters;
@@ -110,7 +105,7 @@ public:
             if (!isPlain(units[i])) {
                 const char32_t cp = Graphemes::codePointAt(m_text, i);
                 add(i, m_table.flagsOf(cp));
-                i += unitsOf(cp);
+                i += Graphemes::unitsOf(cp);
                 continue;
             }
             // In a run of plain code units every one but the first starts a piece, and all

@@ -15,8 +15,27 @@ public:
             return QChar::surrogateToUcs4(c, text.at(index + 1));
         return c.unicode();
     }
+    // The code point at `index`, or 0 past the end: scanners look ahead without checking.
+    static char32_t codePointOrNullAt(QStringView text, qsizetype index)
+    {
+        return index < text.size() ? codePointAt(text, index) : 0;
+    }
     // The code point that ends just before `index`, which must be above 0.
     static char32_t codePointBefore(QStringView text, qsizetype index);
+    // How many UTF-16 units the code point takes.
+    static constexpr qsizetype unitsOf(char32_t cp) { return cp > 0xFFFF ? 2 : 1; }
+    // The end of the run of code points from `at` that `accepts` takes.
+    template <typename Accepts>
+    static qsizetype runEnd(QStringView text, qsizetype at, Accepts accepts)
+    {
+        while (at < text.size()) {
+            const char32_t cp = codePointAt(text, at);
+            if (!accepts(cp))
+                break;
+            at += unitsOf(cp);
+        }
+        return at;
+    }
     // Whether the cluster starting at `index` is whitespace, line feeds included.
     static bool isWhitespaceAt(QStringView text, qsizetype index);
 };

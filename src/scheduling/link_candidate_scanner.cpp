@@ -10,16 +10,6 @@
 namespace {
 constexpr qsizetype MaxPortDigits = 5;
 
-char32_t codePointAt(QStringView text, qsizetype i)
-{
-    return i < text.size() ? Graphemes::codePointAt(text, i) : 0;
-}
-
-qsizetype unitsOf(char32_t cp)
-{
-    return cp > 0xFFFF ? 2 : 1;
-}
-
 bool isAsciiDigit(QChar c)
 {
     return c.unicode() >= u'0' && c.unicode() <= u'9';
@@ -48,13 +38,6 @@ bool isRestCharacter(char32_t cp)
            || in(0x1C80, 0x1C87) || in(0x212A, 0x212B) || in(0x2C7E, 0x2C7F);
 }
 
-qsizetype labelRunEnd(QStringView text, qsizetype at)
-{
-    for (char32_t cp = codePointAt(text, at); at < text.size() && isLabelCharacter(cp); cp = codePointAt(text, at))
-        at += unitsOf(cp);
-    return at;
-}
-
 qsizetype schemeLength(QStringView text, qsizetype at)
 {
     if (text.at(at) != u'h' && text.at(at) != u'H')
@@ -77,12 +60,12 @@ std::optional<LinkCandidateScanner::Candidate> candidateAt(QStringView text, qsi
     found.hasScheme = prefix > 0;
     found.hostStart = start + prefix;
     // Labels joined by dots, at least two. Without the scheme "http" would be a lone label.
-    qsizetype end = labelRunEnd(text, found.hostStart);
+    qsizetype end = Graphemes::runEnd(text, found.hostStart, isLabelCharacter);
     if (end == found.hostStart)
         return std::nullopt;
     bool dotted = false;
     while (end + 1 < text.size() && text.at(end) == u'.') {
-        const qsizetype labelEnd = labelRunEnd(text, end + 1);
+        const qsizetype labelEnd = Graphemes::runEnd(text, end + 1, isLabelCharacter);
         if (labelEnd == end + 1)
             break;
         end = labelEnd;
@@ -114,7 +97,7 @@ LinkCandidateScanner::Candidates LinkCandidateScanner::scan(QStringView word, Ur
     for (qsizetype at = 0; at < word.size();) {
         const std::optional<Candidate> candidate = endsLabelRun(word, at) ? std::nullopt : candidateAt(word, at, scheme);
         if (!candidate) {
-            at += unitsOf(Graphemes::codePointAt(word, at));
+            at += Graphemes::unitsOf(Graphemes::codePointAt(word, at));
             continue;
         }
         at = candidate->end;

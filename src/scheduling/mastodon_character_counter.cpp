@@ -13,16 +13,6 @@
 #include <optional>
 
 namespace {
-char32_t codePointAt(QStringView text, qsizetype i)
-{
-    return i < text.size() ? Graphemes::codePointAt(text, i) : 0;
-}
-
-qsizetype unitsOf(char32_t cp)
-{
-    return cp > 0xFFFF ? 2 : 1;
-}
-
 bool isWordCharacter(char32_t cp)
 {
     return CodePointTable::has(cp, CodePointTable::WordCharacter);
@@ -34,20 +24,12 @@ bool isUserNameCharacter(char32_t cp)
     return (cp < 0x80 && (std::isalnum(int(cp)) || cp == u'_')) || cp == 0x212A || cp == 0x017F;
 }
 
-template <typename Accepts>
-qsizetype runEnd(QStringView text, qsizetype at, Accepts accepts)
-{
-    for (char32_t cp = codePointAt(text, at); at < text.size() && accepts(cp); cp = codePointAt(text, at))
-        at += unitsOf(cp);
-    return at;
-}
-
 // Runs of accepted characters joined by dots and hyphens, as long as it goes on; `at` when
 // no accepted character stands there.
 template <typename Accepts>
 qsizetype dottedRunEnd(QStringView text, qsizetype at, Accepts accepts)
 {
-    qsizetype end = runEnd(text, at, accepts);
+    qsizetype end = Graphemes::runEnd(text, at, accepts);
     if (end == at)
         return at;
     for (;;) {
@@ -55,7 +37,7 @@ qsizetype dottedRunEnd(QStringView text, qsizetype at, Accepts accepts)
         while (next < text.size() && (text.at(next) == u'.' || text.at(next) == u'-'))
             ++next;
         const qsizetype runStart = next;
-        next = runEnd(text, runStart, accepts);
+        next = Graphemes::runEnd(text, runStart, accepts);
         if (next == end || next == runStart)
             return end;
         end = next;
@@ -69,7 +51,7 @@ struct Mention {
 };
 
 // A mention as Mastodon recognises it at the '@' at `at`: a user name of ASCII words,
-// '@', a domain of words. Nothing but whitespace, '=' or '/' may stand before it.
+// '@', a domain of words. Neither a word character, '=' nor '/' may stand before it.
 std::optional<Mention> mentionAt(QStringView word, qsizetype at)
 {
     if (at > 0) {

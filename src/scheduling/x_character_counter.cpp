@@ -9,16 +9,6 @@
 namespace {
 constexpr qsizetype EmojiWeight = 2;
 
-char32_t codePointAt(QStringView text, qsizetype i)
-{
-    return i < text.size() ? Graphemes::codePointAt(text, i) : 0;
-}
-
-qsizetype unitsOf(char32_t cp)
-{
-    return cp > 0xFFFF ? 2 : 1;
-}
-
 bool isPictographic(char32_t cp)
 {
     return CodePointTable::has(cp, CodePointTable::Pictographic);
@@ -40,33 +30,34 @@ bool isModifierOrPresentation(char32_t cp)
 // only when asked for with U+FE0F; alone they are Latin-1 text.
 qsizetype emojiSequenceEnd(QStringView text, qsizetype i)
 {
-    const char32_t first = codePointAt(text, i);
-    qsizetype j = i + unitsOf(first);
+    const auto at = [text](qsizetype index) { return Graphemes::codePointOrNullAt(text, index); };
+    const char32_t first = at(i);
+    qsizetype j = i + Graphemes::unitsOf(first);
     if (isRegionalIndicator(first))
-        return isRegionalIndicator(codePointAt(text, j)) ? j + 2 : -1;
+        return isRegionalIndicator(at(j)) ? j + 2 : -1;
     if ((first >= u'0' && first <= u'9') || first == u'#' || first == u'*') {
-        if (codePointAt(text, j) == 0xFE0F)
+        if (at(j) == 0xFE0F)
             ++j;
-        return codePointAt(text, j) == 0x20E3 ? j + 1 : -1;
+        return at(j) == 0x20E3 ? j + 1 : -1;
     }
     if (first == 0xA9 || first == 0xAE) {
-        if (codePointAt(text, j) != 0xFE0F)
+        if (at(j) != 0xFE0F)
             return -1;
         ++j;
     } else if (!isPictographic(first)) {
         return -1;
     }
-    if (isModifierOrPresentation(codePointAt(text, j)))
-        j += unitsOf(codePointAt(text, j));
+    if (isModifierOrPresentation(at(j)))
+        j += Graphemes::unitsOf(at(j));
     qsizetype tags = j;
-    while (codePointAt(text, tags) >= 0xE0020 && codePointAt(text, tags) <= 0xE007E)
+    while (at(tags) >= 0xE0020 && at(tags) <= 0xE007E)
         tags += 2;
-    if (tags > j && codePointAt(text, tags) == 0xE007F)
+    if (tags > j && at(tags) == 0xE007F)
         j = tags + 2;
-    while (codePointAt(text, j) == 0x200D && isPictographic(codePointAt(text, j + 1))) {
-        j += 1 + unitsOf(codePointAt(text, j + 1));
-        if (isModifierOrPresentation(codePointAt(text, j)))
-            j += unitsOf(codePointAt(text, j));
+    while (at(j) == 0x200D && isPictographic(at(j + 1))) {
+        j += 1 + Graphemes::unitsOf(at(j + 1));
+        if (isModifierOrPresentation(at(j)))
+            j += Graphemes::unitsOf(at(j));
     }
     return j;
 }
@@ -124,11 +115,11 @@ QStringView normalizedForm(QStringView text, QString& storage)
         char32_t cp = Graphemes::codePointAt(text, i);
         if (isStable(cp)) {
             segmentStart = i;
-            i += unitsOf(cp);
+            i += Graphemes::unitsOf(cp);
             continue;
         }
         while (i < text.size() && !isStable(cp = Graphemes::codePointAt(text, i)))
-            i += unitsOf(cp);
+            i += Graphemes::unitsOf(cp);
         if (copied == 0)
             storage.reserve(text.size() + 8);
         storage += text.sliced(copied, segmentStart - copied);
@@ -173,7 +164,7 @@ qsizetype XCharacterCounter::weightedLength(QStringView text)
             i = emojiEnd;
         } else {
             length += weightOf(cp);
-            i += unitsOf(cp);
+            i += Graphemes::unitsOf(cp);
         }
     }
     return length;

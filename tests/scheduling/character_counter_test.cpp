@@ -1,12 +1,11 @@
 #include "scheduling/bluesky_character_counter.h"
 #include "scheduling/mastodon_character_counter.h"
 #include "scheduling/x_character_counter.h"
+#include "support/random_text.h"
 
 #include <QList>
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace {
 using namespace Qt::StringLiterals;
@@ -111,17 +110,13 @@ TEST(XCharacterCounterTest, LinkBoundaries)
 // agree however marks, jamo, singletons and exclusions are mixed.
 TEST(XCharacterCounterTest, CountsAsIfTheWholeTextWereNormalised)
 {
-    const QList<QString> pieces = {
+    RandomText texts({
         u"a"_s, u"e"_s, u"A"_s, u" "_s, u"\u0301"_s, u"\u0323"_s, u"\u0308"_s, u"\u00E9"_s, u"\u212B"_s,
         u"\uFB2C"_s, u"\u0958"_s, u"\u1100"_s, u"\u1161"_s, u"\u11A8"_s, u"\uAC00"_s, u"\u0B47"_s,
         u"\u0B3E"_s, u"\u3099"_s, u"\u304B"_s, u"\u0344"_s, u"\U0001D15E"_s, u"\U0001F600"_s, u"x.com"_s,
-    };
-    std::mt19937 engine(20261121);
-    std::uniform_int_distribution<qsizetype> pick(0, pieces.size() - 1);
+    });
     for (int round = 0; round < 5000; ++round) {
-        QString text;
-        for (int i = std::uniform_int_distribution<int>(1, 12)(engine); i > 0; --i)
-            text += pieces.at(pick(engine));
+        const QString text = texts.next(12);
         const QString normalized = text.normalized(QString::NormalizationForm_C);
         ASSERT_EQ(XCharacterCounter::weightedLength(text), XCharacterCounter::weightedLength(normalized))
             << text.toUtf8().toPercentEncoding().constData();

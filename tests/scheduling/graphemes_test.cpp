@@ -1,4 +1,5 @@
 #include "scheduling/graphemes.h"
+#include "support/random_text.h"
 
 #include <QList>
 #include <QRegularExpression>
@@ -6,8 +7,6 @@
 #include <QTextBoundaryFinder>
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace {
 using namespace Qt::StringLiterals;
@@ -81,7 +80,7 @@ TEST(GraphemesTest, AgreesWithTheFinderOverTheWholeText)
 // the finder (jamo, format characters, unassigned code points, Indic text).
 TEST(GraphemesTest, AgreesWithTheFinderOnRandomMixes)
 {
-    const QList<QString> pieces = {
+    RandomText texts({
         u"a"_s, u"Z"_s, u" "_s, u"\u0301"_s, u"\u0323"_s, u"\u0483"_s, u"\u042F"_s, u"\u05D0"_s, u"\u05B8"_s,
         u"\u0628"_s, u"\u064E"_s, u"\u0670"_s, u"\u0600"_s, u"\u20E3"_s, u"\uFE0F"_s, u"\uFE0E"_s, u"\u200D"_s,
         u"\u200C"_s, u"\u200B"_s, u"\u00AD"_s, u"\r"_s, u"\n"_s, u"\u0007"_s, u"\u2028"_s, u"1"_s, u"#"_s,
@@ -89,13 +88,9 @@ TEST(GraphemesTest, AgreesWithTheFinderOnRandomMixes)
         u"\U0001F1F7"_s, u"\U000E0067"_s, u"\U000E007F"_s, u"\U0001F3F4"_s, u"\u1100"_s, u"\u1161"_s,
         u"\u11A8"_s, u"\uAC00"_s, u"\u3099"_s, u"\u304B"_s, u"\uFF9E"_s, u"\u0378"_s, u"\U000E0100"_s,
         u"\u1AB0"_s, u"\u1DC0"_s, u"\u0915"_s, u"\u094D"_s, u"\u093F"_s,
-    };
-    std::mt19937 engine(20261121);
-    std::uniform_int_distribution<qsizetype> pick(0, pieces.size() - 1);
+    });
     for (int round = 0; round < 20000; ++round) {
-        QString text;
-        for (int i = std::uniform_int_distribution<int>(1, 10)(engine); i > 0; --i)
-            text += pieces.at(pick(engine));
+        const QString text = texts.next(10);
         if (finderIsReliable(text)) {
             ASSERT_EQ(Graphemes::count(text), finderCount(text)) << qPrintable(escaped(text));
         }

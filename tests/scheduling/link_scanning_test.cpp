@@ -7,6 +7,7 @@
 #include "scheduling/link_candidate_scanner.h"
 #include "scheduling/mastodon_character_counter.h"
 #include "scheduling/text_tokens.h"
+#include "support/random_text.h"
 
 #include <QList>
 #include <QRegularExpression>
@@ -16,33 +17,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 
 namespace {
 using namespace Qt::StringLiterals;
 
 constexpr int Rounds = 20000;
-
-class RandomText {
-public:
-    explicit RandomText(QStringList pieces)
-        : m_pieces(std::move(pieces))
-    {
-    }
-
-    QString next(int maxPieces)
-    {
-        QString text;
-        const int count = std::uniform_int_distribution<int>(1, maxPieces)(m_engine);
-        for (int i = 0; i < count; ++i)
-            text += m_pieces.at(std::uniform_int_distribution<qsizetype>(0, m_pieces.size() - 1)(m_engine));
-        return text;
-    }
-
-private:
-    QStringList m_pieces;
-    std::mt19937 m_engine{20261121};
-};
 
 QString escaped(const QString& text)
 {
