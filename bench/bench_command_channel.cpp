@@ -3,15 +3,14 @@
 // connection, the command carried out, and the reply; the store saves in the
 // background. A second series follows every command with a sync request, as the
 // forwarder and the MCP server do, so the time includes the save reaching the disk.
-#include "app/app_paths.h"
-#include "app/preferences/preference_store.h"
-#include "commands/command_channel_client.h"
+#include "core/app_paths.h"
+#include "core/preference_store.h"
+#include "channel/command_channel_client.h"
 #include "model/scheduled_post.h"
 #include "store/scheduler_service.h"
+#include "support/running_instance.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -47,19 +46,6 @@ void storePosts(const AppPaths& paths)
     scheduler.savePosts(posts);
 }
 
-bool waitForChannel(const AppPaths& paths)
-{
-    const QDeadlineTimer deadline(20000);
-    while (!deadline.hasExpired()) {
-        QLocalSocket socket;
-        socket.connectToServer(paths.socketPath());
-        if (socket.waitForConnected(500))
-            return true;
-        QThread::msleep(20);
-    }
-    return false;
-}
-
 double percentile(std::vector<double> values, double fraction)
 {
     std::sort(values.begin(), values.end());
@@ -89,7 +75,7 @@ int main(int argc, char** argv)
     instance.setProcessEnvironment(environment);
     instance.setStandardErrorFile(QProcess::nullDevice());
     instance.start(QStringLiteral(QUILLO_BINARY), {QStringLiteral("--headless")});
-    if (!instance.waitForStarted() || !waitForChannel(paths)) {
+    if (!instance.waitForStarted() || !RunningInstance::waitForChannel(paths, 20000)) {
         std::fprintf(stderr, "the instance did not start\n");
         return 1;
     }

@@ -1,7 +1,7 @@
 // MCP server figures: cold start (process start to the initialize answer) and
 // throughput (pings through one process), plus the in-process cost of one ping.
-#include "app/app_paths.h"
-#include "app/preferences/preference_store.h"
+#include "core/app_paths.h"
+#include "core/preference_store.h"
 #include "mcp/mcp_server.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"

@@ -2,10 +2,10 @@
 // two media per post. Load = read + decode; save = encode + write; the main-thread
 // part of a background save; peak memory of the whole run. The process holds one
 // list at a time, as the app does.
-#include "app/app_paths.h"
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
-#include "store/sample_posts.h"
+#include "core/app_paths.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
+#include "support/sample_posts.h"
 #include "store/scheduler_service.h"
 
 #include <QCoreApplication>

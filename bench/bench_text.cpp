@@ -1,10 +1,10 @@
 // Splitting and counting figures: one mebibyte of mixed-script text split at 280, and the
 // three networks' counters over 10,000 posts of 280 characters.
-#include "scheduling/bluesky_character_counter.h"
-#include "scheduling/graphemes.h"
-#include "scheduling/mastodon_character_counter.h"
-#include "scheduling/text_splitter.h"
-#include "scheduling/x_character_counter.h"
+#include "text/bluesky_character_counter.h"
+#include "text/graphemes.h"
+#include "text/mastodon_character_counter.h"
+#include "text/text_splitter.h"
+#include "text/x_character_counter.h"
 
 #include <QStringList>
 #include <QTextBoundaryFinder>

@@ -1,7 +1,7 @@
 // Feeds arbitrary bytes to the MCP dispatcher as one message: it must answer or stay
 // silent, never crash, and every answer must itself be valid JSON.
-#include "app/app_paths.h"
-#include "app/preferences/preference_store.h"
+#include "core/app_paths.h"
+#include "core/preference_store.h"
 #include "mcp/mcp_server.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"

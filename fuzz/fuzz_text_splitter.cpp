@@ -1,7 +1,7 @@
 // Feeds arbitrary text and limits to TextSplitter: it must terminate, lose nothing, and
 // never return a piece longer than the limit or cut inside a character.
-#include "scheduling/graphemes.h"
-#include "scheduling/text_splitter.h"
+#include "text/graphemes.h"
+#include "text/text_splitter.h"
 
 #include <QTextBoundaryFinder>
 

@@ -1,8 +1,8 @@
 #include "app/editor_command_line.h"
 
-#include "app/app_paths.h"
+#include "core/app_paths.h"
 #include "app/launch_options.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_store.h"
 #include "mcp/editor_config_installer.h"
 
 #include <QDir>

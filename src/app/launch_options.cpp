@@ -1,5 +1,7 @@
 #include "app/launch_options.h"
 
+#include "core/session_environment.h"
+
 namespace {
 
 bool isOne(const QProcessEnvironment& env, const QString& name)
@@ -33,11 +35,6 @@ bool parseEditorCommand(const QStringList& arguments, LaunchOptions& options)
 
 } // namespace
 
-bool LaunchOptions::hasDisplay(const QProcessEnvironment& env)
-{
-    return !env.value(QStringLiteral("DISPLAY")).isEmpty() || !env.value(QStringLiteral("WAYLAND_DISPLAY")).isEmpty();
-}
-
 LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessEnvironment& env)
 {
     LaunchOptions options;
@@ -59,7 +56,7 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
         options.mode = RunMode::Forwarder;
         return options;
     }
-    const bool headless = arguments.contains(QStringLiteral("--headless")) || !hasDisplay(env);
+    const bool headless = arguments.contains(QStringLiteral("--headless")) || !SessionEnvironment::hasDisplay(env);
     options.mode = headless ? RunMode::Headless : RunMode::Desktop;
     return options;
 }

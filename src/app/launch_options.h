@@ -25,5 +25,4 @@ struct LaunchOptions {
     QString configPath;
 
     static LaunchOptions parse(const QStringList& arguments, const QProcessEnvironment& env);
-    static bool hasDisplay(const QProcessEnvironment& env);
 };

@@ -1,8 +1,8 @@
 #include "app/quillo_instance.h"
 
 #include "app/app_log.h"
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 
 QuilloInstance::QuilloInstance(AppPaths paths, LaunchOptions options, PreferenceStore& preferences, QObject* parent)
     : QObject(parent)

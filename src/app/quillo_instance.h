@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/app_paths.h"
+#include "core/app_paths.h"
 #include "app/launch_options.h"
 
 #include <QObject>

@@ -1,6 +1,6 @@
 #include "commands/account_commands.h"
 
-#include "app/app_events.h"
+#include "events/app_events.h"
 #include "commands/account_resolver.h"
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commands/command_outcome.h"
+#include "channel/command_outcome.h"
 #include "commands/command_params.h"
 #include "model/social_account.h"
 

@@ -1,8 +1,7 @@
 #include "commands/command_params.h"
+#include "core/json.h"
 
 #include <QUrlQuery>
-
-#include <nlohmann/json.hpp>
 
 CommandParams CommandParams::fromUrl(const QUrl& url)
 {
@@ -25,7 +24,7 @@ QStringList CommandParams::list(const QString& name) const
 {
     const QString text = value(name).trimmed();
     if (text.startsWith(u'[')) {
-        const auto parsed = nlohmann::json::parse(text.toStdString(), nullptr, false);
+        const auto parsed = Json::parse(text.toStdString(), nullptr, false);
         if (parsed.is_array()) {
             QStringList items;
             for (const auto& item : parsed) {

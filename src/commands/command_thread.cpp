@@ -2,21 +2,18 @@
 
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
-#include "scheduling/text_splitter.h"
-
-#include <nlohmann/json.hpp>
+#include "text/text_splitter.h"
+#include "core/json.h"
 
 namespace CommandThread {
 namespace {
 
-using PlainJson = nlohmann::json;
-
-QString toQString(const PlainJson& value)
+QString toQString(const Json& value)
 {
     return QString::fromStdString(value.get<std::string>());
 }
 
-qsizetype indexOf(const PlainJson& op, qsizetype size, bool allowEnd)
+qsizetype indexOf(const Json& op, qsizetype size, bool allowEnd)
 {
     const auto index = op.find("index");
     if (index == op.end() || !index->is_number_integer())
@@ -29,7 +26,7 @@ qsizetype indexOf(const PlainJson& op, qsizetype size, bool allowEnd)
     return qsizetype(value);
 }
 
-QString textOf(const PlainJson& op)
+QString textOf(const Json& op)
 {
     const auto text = op.find("text");
     if (text == op.end() || !text->is_string())
@@ -52,11 +49,11 @@ QStringList textsFor(const QString& text, bool thread, bool autosplit)
 
 QStringList parseTexts(const QString& json)
 {
-    const PlainJson parsed = PlainJson::parse(json.toStdString(), nullptr, false);
+    const Json parsed = Json::parse(json.toStdString(), nullptr, false);
     if (!parsed.is_array() || parsed.empty())
         throw URLSchemeError::invalidParameter(QStringLiteral("thread must be a non-empty JSON array of texts"));
     QStringList texts;
-    for (const PlainJson& item : parsed) {
+    for (const Json& item : parsed) {
         if (!item.is_string())
             throw URLSchemeError::invalidParameter(QStringLiteral("thread must be a non-empty JSON array of texts"));
         texts << toQString(item);
@@ -78,10 +75,10 @@ void setTexts(QList<Post>& thread, const QStringList& texts)
 
 void applyOps(QList<Post>& thread, const QString& json)
 {
-    const PlainJson ops = PlainJson::parse(json.toStdString(), nullptr, false);
+    const Json ops = Json::parse(json.toStdString(), nullptr, false);
     if (!ops.is_array())
         throw URLSchemeError::invalidParameter(QStringLiteral("threadOps must be a JSON array of {op, index, text}"));
-    for (const PlainJson& op : ops) {
+    for (const Json& op : ops) {
         const auto name = op.is_object() ? op.find("op") : op.end();
         const QString kind = (op.is_object() && name != op.end() && name->is_string()) ? toQString(*name) : QString();
         if (kind == QStringLiteral("insert")) {

@@ -4,14 +4,11 @@
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
 #include "store/account_manager.h"
+#include "core/json.h"
 
 #include <QRegularExpression>
 
-#include <nlohmann/json.hpp>
-
 namespace {
-
-using PlainJson = nlohmann::json;
 
 struct PlatformParam {
     PlatformType platform;
@@ -177,7 +174,7 @@ void ScheduledPostBuilder::applyAccountsSelection(ScheduledPost& post, const QSt
         post.accountIds.clear();
         return;
     }
-    const PlainJson selection = PlainJson::parse(normaliseQuotes(trimmed).toStdString(), nullptr, false);
+    const Json selection = Json::parse(normaliseQuotes(trimmed).toStdString(), nullptr, false);
     if (!selection.is_object()) {
         qCWarning(lcCommands).noquote() << QStringLiteral("❌ URLSchemeHandler: Failed to parse accounts parameter as JSON");
         qCWarning(lcCommands).noquote() << QStringLiteral(R"(   - Expected JSON format: {"x":["account1"],"bluesky":["account2"]})");
@@ -196,7 +193,7 @@ void ScheduledPostBuilder::applyAccountsSelection(ScheduledPost& post, const QSt
         }
         QStringList identifiers;
         if (value.is_array()) {
-            for (const PlainJson& item : value) {
+            for (const Json& item : value) {
                 if (item.is_string())
                     identifiers << QString::fromStdString(item.get<std::string>());
             }

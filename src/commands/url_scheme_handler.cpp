@@ -1,6 +1,6 @@
 #include "commands/url_scheme_handler.h"
 
-#include "app/app_events.h"
+#include "events/app_events.h"
 #include "commands/account_commands.h"
 #include "commands/command_date_parser.h"
 #include "commands/command_thread.h"

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include "core/json.h"
 
 #include <stdexcept>
 #include <string>
-
-using Json = nlohmann::ordered_json;
 
 // A JSON value of any kind, as it crosses the MCP wire. Decoding tries null,
 // boolean, integer, double, text, array, object in turn; a whole-numbered double

@@ -1,6 +1,6 @@
 #include "mcp/channel_command_sender.h"
 
-#include "commands/command_channel_client.h"
+#include "channel/command_channel_client.h"
 
 ChannelCommandSender::ChannelCommandSender(AppPaths paths)
     : m_paths(std::move(paths))

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/app_paths.h"
+#include "core/app_paths.h"
 #include "mcp/mcp_command_sender.h"
 
 // Sends commands over the command channel to the running instance (starting one when

@@ -1,6 +1,6 @@
 #include "mcp/editor_config_installer.h"
 
-#include "app/preferences/preference_store.h"
+#include "core/preference_store.h"
 
 #include <QDir>
 #include <QFile>

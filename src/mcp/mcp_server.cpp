@@ -1,7 +1,7 @@
 #include "mcp/mcp_server.h"
 
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "mcp/jsonrpc_envelope.h"
 #include "mcp/mcp_error.h"
 #include "mcp/mcp_protocol.h"

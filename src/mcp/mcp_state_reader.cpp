@@ -1,8 +1,8 @@
 #include "mcp/mcp_state_reader.h"
 
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
-#include "model/coding_error.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
+#include "core/coding_error.h"
 
 #include <QFile>
 

@@ -10,7 +10,7 @@
 #include "mcp/mcp_tool_catalogue.h"
 #include "mcp/scheduled_post_entry.h"
 #include "mcp/scheduled_post_query.h"
-#include "model/json_values.h"
+#include "core/json_values.h"
 
 #include <stdexcept>
 

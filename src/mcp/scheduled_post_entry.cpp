@@ -1,6 +1,6 @@
 #include "mcp/scheduled_post_entry.h"
 
-#include "model/json_values.h"
+#include "core/json_values.h"
 
 #include <QFileInfo>
 

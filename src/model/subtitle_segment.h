@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/json_reader.h"
-#include "model/json_writer.h"
+#include "core/json_reader.h"
+#include "core/json_writer.h"
 
 #include <QString>
 #include <QUuid>

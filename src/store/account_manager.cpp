@@ -1,7 +1,7 @@
 #include "store/account_manager.h"
 
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "model/accounts_backup.h"
 #include "store/account_manager_error.h"
 #include "store/store_log.h"

@@ -1,6 +1,6 @@
 #include "store/encoded_post_cache.h"
 
-#include "model/json_writer.h"
+#include "core/json_writer.h"
 
 namespace {
 

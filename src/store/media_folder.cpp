@@ -1,9 +1,9 @@
 #include "store/media_folder.h"
 
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
-#include "model/coding_error.h"
-#include "model/json_tape.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
+#include "core/coding_error.h"
+#include "core/json_tape.h"
 #include "store/store_log.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "store/scheduler_service.h"
 
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "store/scheduler_service_error.h"
 #include "store/store_log.h"
 

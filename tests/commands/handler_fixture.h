@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/app_events.h"
-#include "app/preferences/preference_store.h"
-#include "commands/command_outcome.h"
+#include "events/app_events.h"
+#include "core/preference_store.h"
+#include "channel/command_outcome.h"
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
 #include "store/account_manager.h"

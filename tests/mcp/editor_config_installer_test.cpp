@@ -1,4 +1,4 @@
-#include "app/preferences/preference_store.h"
+#include "core/preference_store.h"
 #include "mcp/editor_config_installer.h"
 #include "support/temp_home.h"
 

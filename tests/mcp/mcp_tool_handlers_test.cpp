@@ -1,5 +1,5 @@
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"
 #include "mcp/mcp_state_reader.h"

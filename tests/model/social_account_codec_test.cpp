@@ -1,4 +1,4 @@
-#include "golden.h"
+#include "support/golden.h"
 
 #include "model/accounts_backup.h"
 

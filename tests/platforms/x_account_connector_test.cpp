@@ -1,6 +1,6 @@
 #include "platforms/x/x_account_connector.h"
 
-#include "app/preferences/preference_store.h"
+#include "core/preference_store.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "store/account_manager.h"
 #include "support/coro_wait.h"

@@ -1,5 +1,5 @@
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "store/account_manager.h"
 #include "store/account_manager_error.h"
 #include "support/temp_home.h"

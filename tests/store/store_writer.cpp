@@ -1,9 +1,9 @@
 // Helper process of the two-process test: rewrites a large schedule again and again
 // through the store, alternating synchronous and background saves.
-#include "app/app_paths.h"
-#include "app/preferences/preference_store.h"
+#include "core/app_paths.h"
+#include "core/preference_store.h"
 #include "store/scheduler_service.h"
-#include "store/sample_posts.h"
+#include "support/sample_posts.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

@@ -1,5 +1,5 @@
-#include "app/preferences/preference_keys.h"
-#include "app/preferences/preference_store.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "model/scheduled_post.h"
 #include "support/temp_home.h"
 

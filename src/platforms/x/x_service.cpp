@@ -1,33 +1,31 @@
 #include "platforms/x/x_service.h"
 
 #include "platforms/x/x_log.h"
+#include "core/json.h"
 
 #include <QFile>
 #include <QHttpMultiPart>
 #include <QNetworkAccessManager>
 #include <QUrlQuery>
 
-#include <nlohmann/json.hpp>
 #include <qcoro/qcorotimer.h>
 
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-using OrderedJson = nlohmann::ordered_json;
-
 namespace {
 
 // Nothing when the body is not a JSON object.
-std::optional<OrderedJson> parseObject(const QByteArray& body)
+std::optional<Json> parseObject(const QByteArray& body)
 {
-    OrderedJson json = OrderedJson::parse(body.constData(), body.constData() + body.size(), nullptr, false);
+    Json json = Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
     if (json.is_discarded() || !json.is_object())
         return std::nullopt;
     return json;
 }
 
 // data.<key> as text (X sends ids as strings; a number is accepted too).
-QString dataString(const OrderedJson& json, const char* key)
+QString dataString(const Json& json, const char* key)
 {
     const auto data = json.find("data");
     if (data == json.end() || !data->is_object())
@@ -47,7 +45,7 @@ QString bodyOrNoData(const QByteArray& body)
     return body.isEmpty() ? u"no data"_s : QString::fromUtf8(body);
 }
 
-QByteArray toBytes(const OrderedJson& json)
+QByteArray toBytes(const Json& json)
 {
     return QByteArray::fromStdString(json.dump());
 }
@@ -181,10 +179,10 @@ QCoro::Task<QList<XPostResult>> XService::postThread(QList<Post> thread, bool sh
 QCoro::Task<XPostResult> XService::postTweet(XTweet tweet)
 {
     throwIfCancelled();
-    OrderedJson body;
+    Json body;
     body["text"] = tweet.text.toStdString();
     if (!tweet.mediaIds.isEmpty()) {
-        OrderedJson ids = OrderedJson::array();
+        Json ids = Json::array();
         for (const QString& id : std::as_const(tweet.mediaIds))
             ids.push_back(id.toStdString());
         body["media"] = {{"media_ids", ids}};
@@ -245,7 +243,7 @@ QCoro::Task<QString> XService::uploadFile(QString path, bool isVideo, StateCallb
 QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
 {
     throwIfCancelled();
-    OrderedJson body;
+    Json body;
     body["total_bytes"] = totalBytes;
     body["media_type"] = isVideo ? "video/mp4" : "image/jpeg";
     body["media_category"] = isVideo ? "tweet_video" : "tweet_image";
@@ -341,10 +339,10 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
         const auto json = parseObject(answer.body);
         if (!json)
             throw XError(XError::Kind::finalizeFailed, u"Unexpected media status: "_s + bodyOrNoData(answer.body));
-        const OrderedJson& data = json->contains("data") ? (*json)["data"] : *json;
+        const Json& data = json->contains("data") ? (*json)["data"] : *json;
         if (!data.is_object() || !data.contains("processing_info") || !data["processing_info"].is_object())
             co_return; // no processing needed: the media is ready
-        const OrderedJson& info = data["processing_info"];
+        const Json& info = data["processing_info"];
         const std::string state = info.value("state", "");
         if (state == "succeeded")
             co_return;
@@ -375,7 +373,7 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
 
 QCoro::Task<bool> XService::setAltText(QString mediaId, QString text)
 {
-    OrderedJson body;
+    Json body;
     body["id"] = mediaId.toStdString();
     body["metadata"] = {{"alt_text", {{"text", text.toStdString()}}}};
     const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/media/metadata"_s), toBytes(body));

@@ -1,0 +1,259 @@
+#include "compose/composer.h"
+
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
+#include "core/coding_error.h"
+#include "model/scheduled_post.h"
+#include "text/graphemes.h"
+#include "text/platform_character_counter.h"
+#include "compose/post_storage.h"
+#include "compose/compose_log.h"
+#include "text/text_splitter.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+const QString Composer::MediaLimitMessage =
+    u"Maximum of 4 media items reached. New selections will replace oldest items."_s;
+
+namespace {
+QList<Post> oneEmptyPost()
+{
+    return {Post::create()};
+}
+
+bool isBlank(const QList<Post>& posts)
+{
+    return std::all_of(posts.begin(), posts.end(), [](const Post& post) {
+        return post.text.isEmpty() && post.mediaItems.isEmpty() && !post.quoteContext && !post.communityContext
+               && !post.scheduledPostId;
+    });
+}
+
+QString uuidText(const QUuid& id)
+{
+    return id.toString(QUuid::WithoutBraces).toUpper();
+}
+} // namespace
+
+Composer::Composer(PreferenceStore& preferences, PostStorage& storage, std::unique_ptr<DebounceTimer> draftSaveTask,
+                   QObject* parent)
+    : QObject(parent)
+    , m_preferences(preferences)
+    , m_storage(storage)
+    , m_draftSaveTask(std::move(draftSaveTask))
+    , m_posts(oneEmptyPost())
+{
+    try {
+        if (const auto draft = m_storage.loadDraft(); draft && !draft->isEmpty())
+            m_posts = *draft;
+    } catch (const CodingError& error) {
+        qCWarning(lcCompose).noquote() << u"❌ Failed to decode composer draft, starting empty: "_s + error.message();
+    }
+}
+
+Composer::~Composer()
+{
+    flushDraft();
+}
+
+std::optional<QUuid> Composer::editingScheduledPostId() const
+{
+    for (const Post& post : m_posts) {
+        if (post.scheduledPostId)
+            return post.scheduledPostId;
+    }
+    return std::nullopt;
+}
+
+void Composer::setPosts(const QList<Post>& posts)
+{
+    changePosts(posts.isEmpty() ? oneEmptyPost() : posts);
+}
+
+void Composer::setText(qsizetype index, const QString& text)
+{
+    if (!isValidIndex(index) || m_posts.at(index).text == text)
+        return;
+    QList<Post> posts = m_posts;
+    posts[index].text = text;
+    changePosts(posts);
+}
+
+bool Composer::insertPost(qsizetype after)
+{
+    if (m_posts.size() >= maxPosts())
+        return false;
+    QList<Post> posts = m_posts;
+    const qsizetype at = isValidIndex(after) ? after + 1 : posts.size();
+    Post post = Post::create();
+    post.scheduledPostId = editingScheduledPostId();
+    posts.insert(at, post);
+    changePosts(posts);
+    return true;
+}
+
+void Composer::removePost(qsizetype index)
+{
+    if (!isValidIndex(index))
+        return;
+    QList<Post> posts = m_posts;
+    if (posts.size() == 1) {
+        const auto scheduledPostId = posts.first().scheduledPostId;
+        posts = oneEmptyPost();
+        posts.first().scheduledPostId = scheduledPostId;
+    } else {
+        posts.removeAt(index);
+    }
+    changePosts(posts);
+}
+
+void Composer::movePost(qsizetype from, qsizetype to)
+{
+    if (!isValidIndex(from) || !isValidIndex(to) || from == to)
+        return;
+    QList<Post> posts = m_posts;
+    posts.move(from, to);
+    changePosts(posts);
+}
+
+void Composer::setReorderMode(bool on)
+{
+    if (m_reorderMode == on)
+        return;
+    m_reorderMode = on;
+    Q_EMIT reorderModeChanged(on);
+}
+
+void Composer::addMedia(qsizetype index, const QList<PostMedia>& picked)
+{
+    if (!isValidIndex(index) || picked.isEmpty())
+        return;
+    QList<Post> posts = m_posts;
+    QList<PostMedia>& media = posts[index].mediaItems;
+    media.append(picked);
+    if (media.size() > MaxMediaPerPost) {
+        media.remove(0, media.size() - MaxMediaPerPost);
+        Q_EMIT messageShown(MediaLimitMessage);
+    }
+    changePosts(posts);
+}
+
+void Composer::removeMedia(qsizetype index, const QUuid& mediaId)
+{
+    if (!isValidIndex(index))
+        return;
+    QList<Post> posts = m_posts;
+    const auto removed = posts[index].mediaItems.removeIf([&](const PostMedia& media) { return media.id == mediaId; });
+    if (removed > 0)
+        changePosts(posts);
+}
+
+bool Composer::paste(qsizetype index, qsizetype cursor, const QString& pasted)
+{
+    if (!isValidIndex(index) || Graphemes::count(pasted) <= PasteLimit)
+        return false;
+    if (!m_preferences.boolValue(PreferenceKeys::AutoSplitEnabled).value_or(true))
+        return false;
+    const QStringList pieces = TextSplitter::split(pasted, PasteLimit);
+    if (pieces.isEmpty())
+        return true;
+
+    const QString& before = m_posts.at(index).text;
+    setText(index, before.first(std::clamp<qsizetype>(cursor, 0, before.size())) + pieces.first());
+    const QUuid afterId = m_posts.at(index).id;
+    const QStringList rest = pieces.mid(1);
+    if (!rest.isEmpty()) {
+        QMetaObject::invokeMethod(
+            this, [this, afterId, rest] { addOverflowPosts(afterId, rest); }, Qt::QueuedConnection);
+    }
+    return true;
+}
+
+void Composer::addOverflowPosts(const QUuid& afterId, const QStringList& pieces)
+{
+    if (pieces.isEmpty())
+        return;
+    QList<Post> posts = m_posts;
+    const auto edited = std::find_if(posts.begin(), posts.end(), [&](const Post& post) { return post.id == afterId; });
+    qsizetype at = edited == posts.end() ? posts.size() : (edited - posts.begin()) + 1;
+    const auto scheduledPostId = editingScheduledPostId();
+    for (qsizetype i = 0; i < pieces.size(); ++i) {
+        if (posts.size() >= maxPosts()) {
+            // No room for more posts: keep the rest of the text in the last one.
+            posts[at - 1].text += pieces.sliced(i).join(QString());
+            break;
+        }
+        Post post = Post::create(pieces.at(i));
+        post.scheduledPostId = scheduledPostId;
+        posts.insert(at++, post);
+    }
+    changePosts(posts);
+}
+
+void Composer::editScheduledPost(const ScheduledPost& scheduled)
+{
+    qCInfo(lcCompose).noquote() << u"🎯 Composer received editing ScheduledPost id="_s + uuidText(scheduled.id);
+    QList<Post> posts = scheduled.content.isEmpty() ? oneEmptyPost() : scheduled.content;
+    for (Post& post : posts)
+        post.scheduledPostId = scheduled.id;
+    changePosts(posts);
+}
+
+void Composer::clearEditingContext()
+{
+    if (!editingScheduledPostId())
+        return;
+    qCInfo(lcCompose).noquote() << u"🎯 Composer clearing editing scheduled context"_s;
+    QList<Post> posts = m_posts;
+    for (Post& post : posts)
+        post.scheduledPostId.reset();
+    changePosts(posts);
+}
+
+void Composer::reset()
+{
+    if (editingScheduledPostId())
+        qCInfo(lcCompose).noquote() << u"🎯 Composer clearing editing scheduled context"_s;
+    m_draftSaveTask->cancel();
+    m_posts = oneEmptyPost();
+    setReorderMode(false);
+    Q_EMIT postsChanged();
+    if (!m_storage.removeDraft())
+        qCWarning(lcCompose).noquote() << u"❌ Failed to remove the composer draft"_s;
+}
+
+void Composer::flushDraft()
+{
+    if (!m_draftSaveTask->isPending())
+        return;
+    m_draftSaveTask->cancel();
+    saveDraftNow();
+}
+
+CharacterCount Composer::characterCount(qsizetype index, PlatformType platform, qsizetype mastodonLimit) const
+{
+    return PlatformCharacterCounter::count(platform, isValidIndex(index) ? m_posts.at(index).text : QString(),
+                                           mastodonLimit);
+}
+
+void Composer::changePosts(const QList<Post>& posts)
+{
+    if (posts == m_posts)
+        return;
+    m_posts = posts;
+    Q_EMIT postsChanged();
+    m_draftSaveTask->restart(DraftSaveDelay, [this] { saveDraftNow(); });
+}
+
+void Composer::saveDraftNow()
+{
+    try {
+        const bool saved = isBlank(m_posts) ? m_storage.removeDraft() : m_storage.saveDraft(m_posts);
+        if (!saved)
+            qCWarning(lcCompose).noquote() << u"❌ Failed to save the composer draft"_s;
+    } catch (const CodingError& error) {
+        qCWarning(lcCompose).noquote() << u"❌ Failed to encode the composer draft: "_s + error.message();
+    }
+}

@@ -1,3 +1,0 @@
-#include "scheduling/scheduling_log.h"
-
-Q_LOGGING_CATEGORY(lcScheduling, "quillo.scheduling")

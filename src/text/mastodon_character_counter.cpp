@@ -1,0 +1,159 @@
+#include "text/mastodon_character_counter.h"
+
+#include "text/code_point_table.h"
+#include "text/graphemes.h"
+#include "text/text_tokens.h"
+#include "text/url_finder.h"
+
+#include <QString>
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+
+namespace {
+bool isWordCharacter(char32_t cp)
+{
+    return CodePointTable::has(cp, CodePointTable::WordCharacter);
+}
+
+// Letters of a user name match in either case, which takes in the Kelvin sign and the long s.
+bool isUserNameCharacter(char32_t cp)
+{
+    return (cp < 0x80 && (std::isalnum(int(cp)) || cp == u'_')) || cp == 0x212A || cp == 0x017F;
+}
+
+// Runs of accepted characters joined by dots and hyphens, as long as it goes on; `at` when
+// no accepted character stands there.
+template <typename Accepts>
+qsizetype dottedRunEnd(QStringView text, qsizetype at, Accepts accepts)
+{
+    qsizetype end = Graphemes::runEnd(text, at, accepts);
+    if (end == at)
+        return at;
+    for (;;) {
+        qsizetype next = end;
+        while (next < text.size() && (text.at(next) == u'.' || text.at(next) == u'-'))
+            ++next;
+        const qsizetype runStart = next;
+        next = Graphemes::runEnd(text, runStart, accepts);
+        if (next == end || next == runStart)
+            return end;
+        end = next;
+    }
+}
+
+struct Mention {
+    qsizetype start;
+    qsizetype end;
+    QStringView user;
+};
+
+// A mention as Mastodon recognises it at the '@' at `at`: a user name of ASCII words,
+// '@', a domain of words. Neither a word character, '=' nor '/' may stand before it.
+std::optional<Mention> mentionAt(QStringView word, qsizetype at)
+{
+    if (at > 0) {
+        const char32_t before = Graphemes::codePointBefore(word, at);
+        if (before == u'=' || before == u'/' || isWordCharacter(before))
+            return std::nullopt;
+    }
+    const qsizetype userEnd = dottedRunEnd(word, at + 1, isUserNameCharacter);
+    if (userEnd == at + 1 || userEnd >= word.size() || word.at(userEnd) != u'@')
+        return std::nullopt;
+    const qsizetype domainEnd = dottedRunEnd(word, userEnd + 1, isWordCharacter);
+    if (domainEnd == userEnd + 1)
+        return std::nullopt;
+    return Mention{at, domainEnd, word.sliced(at + 1, userEnd - at - 1)};
+}
+
+// A link or a remote mention, and what Mastodon counts in its place: 23 characters for a
+// link, '@' and the user name (ASCII) for a mention.
+struct Entity {
+    qsizetype start;
+    qsizetype end;
+    QStringView user; // null for a link
+
+    qsizetype countedLength() const { return user.isNull() ? MastodonCharacterCounter::LinkLength : 1 + user.size(); }
+    void appendReplacement(QString& text) const
+    {
+        if (user.isNull()) {
+            text += QString(MastodonCharacterCounter::LinkLength, u'x');
+            return;
+        }
+        text += u'@';
+        text += user;
+    }
+};
+
+using Entities = QVarLengthArray<Entity, 8>;
+
+Entities entities(QStringView text)
+{
+    Entities found;
+    for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::Required))
+        found.append({link.start, link.end(), QStringView()});
+    for (const TextTokens::Token& token : TextTokens::containing(text, u'@')) {
+        for (qsizetype at = token.text.indexOf(u'@'); at != -1;) {
+            const std::optional<Mention> mention = mentionAt(token.text, at);
+            if (mention)
+                found.append({token.start + mention->start, token.start + mention->end, mention->user});
+            at = token.text.indexOf(u'@', mention ? mention->end : at + 1);
+        }
+    }
+    // Where a link and a mention overlap, the one that starts first wins.
+    std::sort(found.begin(), found.end(), [](const Entity& a, const Entity& b) { return a.start < b.start; });
+    Entities disjoint;
+    for (const Entity& entity : found) {
+        if (disjoint.isEmpty() || entity.start >= disjoint.last().end)
+            disjoint.append(entity);
+    }
+    return disjoint;
+}
+
+// A replacement starts and ends with characters that stand alone and may end a cluster, so
+// the text around it can be counted in pieces unless what touches it may join it.
+bool joinsNeighbours(QStringView text, const Entity& entity)
+{
+    const bool joinsBefore =
+        entity.start > 0
+        && !CodePointTable::has(Graphemes::codePointBefore(text, entity.start), CodePointTable::MayEndCluster);
+    const bool joinsAfter = entity.end < text.size()
+                            && !CodePointTable::has(Graphemes::codePointAt(text, entity.end), CodePointTable::StandsAlone);
+    return joinsBefore || joinsAfter;
+}
+
+qsizetype countWithReplacements(QStringView text, const Entities& found)
+{
+    QString countable;
+    countable.reserve(text.size() + MastodonCharacterCounter::LinkLength * found.size());
+    qsizetype copied = 0;
+    for (const Entity& entity : found) {
+        countable += text.sliced(copied, entity.start - copied);
+        entity.appendReplacement(countable);
+        copied = entity.end;
+    }
+    countable += text.sliced(copied);
+    return Graphemes::count(countable);
+}
+} // namespace
+
+qsizetype MastodonCharacterCounter::length(QStringView text)
+{
+    const Entities found = entities(text);
+    if (std::any_of(found.begin(), found.end(), [text](const Entity& e) { return joinsNeighbours(text, e); }))
+        return countWithReplacements(text, found);
+    qsizetype length = 0;
+    qsizetype counted = 0;
+    for (const Entity& entity : found) {
+        length += Graphemes::count(text.sliced(counted, entity.start - counted)) + entity.countedLength();
+        counted = entity.end;
+    }
+    return length + Graphemes::count(text.sliced(counted));
+}
+
+CharacterCount MastodonCharacterCounter::count(QStringView text, qsizetype limit)
+{
+    return {length(text), limit};
+}

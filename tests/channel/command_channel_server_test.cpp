@@ -1,0 +1,114 @@
+// The server's queue, in-process: commands from several connections run one at a time,
+// in arrival order, even when a command suspends.
+#include "channel/command_channel_protocol.h"
+#include "channel/command_channel_server.h"
+#include "support/temp_home.h"
+
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <qcoro/qcorotimer.h>
+
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+
+TEST(CommandChannelServer, RunsCommandsOneAtATimeInArrivalOrder)
+{
+    TempHome home;
+    QStringList started;
+    int running = 0;
+    int mostRunning = 0;
+    CommandChannelServer server(home.paths(), [&](QString url) -> QCoro::Task<CommandOutcome> {
+        started << url;
+        mostRunning = std::max(mostRunning, ++running);
+        QTimer timer;
+        timer.start(20ms);
+        co_await timer;
+        --running;
+        co_return CommandOutcome::success(url);
+    });
+    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::Listening);
+
+    // A second server on the same paths finds the first one holding the lock.
+    CommandChannelServer second(home.paths(), [](QString) -> QCoro::Task<CommandOutcome> { co_return {}; });
+    EXPECT_EQ(second.start(), CommandChannelServer::StartResult::AlreadyRunning);
+
+    QSignalSpy finished(&server, &CommandChannelServer::commandFinished);
+    std::vector<std::unique_ptr<QLocalSocket>> clients;
+    QStringList sent;
+    for (int i = 0; i < 4; ++i) {
+        auto socket = std::make_unique<QLocalSocket>();
+        socket->connectToServer(home.paths().socketPath());
+        ASSERT_TRUE(socket->waitForConnected(5000));
+        const QString url = QStringLiteral("quillo://license?action=%1").arg(i);
+        const QByteArray frame = CommandChannelProtocol::encodeRequest(url);
+        // The first half now, the rest after the next client: frames arrive interleaved.
+        socket->write(frame.left(5));
+        socket->flush();
+        QCoreApplication::processEvents();
+        socket->write(frame.mid(5));
+        socket->flush();
+        QCoreApplication::processEvents();
+        sent << url;
+        clients.push_back(std::move(socket));
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.size() == 4; }, 10000));
+    EXPECT_EQ(started, sent);
+    EXPECT_EQ(mostRunning, 1);
+
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_TRUE(QTest::qWaitFor([&] { return clients[i]->canReadLine(); }, 5000));
+        const auto reply = CommandChannelProtocol::decodeReply(clients[i]->readLine().chopped(1));
+        EXPECT_EQ(std::get<CommandOutcome>(reply), CommandOutcome::success(sent[i]));
+    }
+}
+
+// Commands are answered before their changes are stored; a sync request waits in the
+// same queue, so its answer comes after every earlier command and after the store settled.
+TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
+{
+    TempHome home;
+    QStringList events;
+    bool saved = true;
+    CommandChannelServer server(
+        home.paths(),
+        [&](QString url) -> QCoro::Task<CommandOutcome> {
+            QTimer timer;
+            timer.start(30ms);
+            co_await timer;
+            events << url;
+            co_return CommandOutcome::success();
+        },
+        [&] {
+            events << u"settled"_qs;
+            return saved;
+        });
+    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::Listening);
+
+    QLocalSocket command;
+    QLocalSocket sync;
+    command.connectToServer(home.paths().socketPath());
+    sync.connectToServer(home.paths().socketPath());
+    ASSERT_TRUE(command.waitForConnected(5000) && sync.waitForConnected(5000));
+    command.write(CommandChannelProtocol::encodeRequest(u"quillo://open"_qs));
+    command.flush();
+    QCoreApplication::processEvents();
+    sync.write(CommandChannelProtocol::encodeSyncRequest());
+    sync.flush();
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
+    EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
+              CommandOutcome::success(u"Stored"_qs));
+    EXPECT_EQ(events, (QStringList{u"quillo://open"_qs, u"settled"_qs}));
+
+    // A save that failed is reported to the client that waits for it.
+    saved = false;
+    sync.write(CommandChannelProtocol::encodeSyncRequest());
+    sync.flush();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
+    EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
+              CommandOutcome::failure(u"Quillo could not save the changes; see its log"_qs));
+}
