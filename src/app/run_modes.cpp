@@ -13,6 +13,7 @@
 #include "commands/command_router.h"
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
+#include "media/worker_image_encoder.h"
 #include "mcp/mcp_log.h"
 #include "mcp/mcp_server.h"
 #include "mcp/mcp_stdio_session.h"
@@ -113,7 +114,8 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     SchedulerService scheduler(preferences);
     AccountManager accounts(preferences);
     QNetworkAccessManager network;
-    MediaImporter media(paths.mediaDir(), network);
+    WorkerImageEncoder images(WorkerImageEncoder::defaultWorkerPath());
+    MediaImporter media(paths.mediaDir(), network, images);
     OAuthCallbackHub oauthCallbacks;
     URLSchemeHandler urlCommands(events, scheduler, accounts, media);
     CommandRouter router(oauthCallbacks, urlCommands);

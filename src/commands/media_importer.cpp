@@ -2,11 +2,12 @@
 
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
+#include "media/image_encoder.h"
+#include "media/media_error.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageReader>
 #include <QMimeDatabase>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -33,64 +34,21 @@ QString localPath(const QString& reference)
     return reference;
 }
 
-QByteArray tail(QFile& file, qint64 bytes)
-{
-    const qint64 size = file.size();
-    file.seek(qMax<qint64>(0, size - bytes));
-    return file.read(bytes);
-}
-
-// Formats whose end is marked: a file cut short lacks the marker even when a decoder
-// would still show the top half of the picture.
-bool hasEndMarker(const QString& filePath, const QByteArray& format)
-{
-    QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    if (format == "png")
-        return tail(file, 12).startsWith(QByteArray::fromHex("0000000049454e44"));
-    if (format == "jpeg" || format == "jpg") {
-        QByteArray end = tail(file, 64);
-        // Some cameras pad after the end-of-image marker.
-        while (end.endsWith('\0'))
-            end.chop(1);
-        return end.endsWith(QByteArray::fromHex("ffd9"));
-    }
-    if (format == "gif")
-        return tail(file, 1) == QByteArray(1, 0x3b);
-    if (format == "webp") {
-        file.seek(4);
-        const QByteArray length = file.read(4);
-        if (length.size() != 4)
-            return false;
-        const quint32 declared = quint8(length[0]) | quint8(length[1]) << 8 | quint8(length[2]) << 16 | quint32(quint8(length[3])) << 24;
-        return qint64(declared) + 8 <= file.size();
-    }
-    return true;
-}
-
 } // namespace
 
-MediaImporter::MediaImporter(QString mediaDir, QNetworkAccessManager& network, QObject* parent)
-    : MediaImporter(std::move(mediaDir), network, Limits{}, parent)
+MediaImporter::MediaImporter(QString mediaDir, QNetworkAccessManager& network, ImageEncoder& images, QObject* parent)
+    : MediaImporter(std::move(mediaDir), network, images, Limits{}, parent)
 {
 }
 
-MediaImporter::MediaImporter(QString mediaDir, QNetworkAccessManager& network, Limits limits, QObject* parent)
+MediaImporter::MediaImporter(QString mediaDir, QNetworkAccessManager& network, ImageEncoder& images, Limits limits,
+                             QObject* parent)
     : QObject(parent)
     , m_mediaDir(std::move(mediaDir))
     , m_network(network)
+    , m_images(images)
     , m_limits(limits)
 {
-}
-
-bool MediaImporter::isCompleteImage(const QString& filePath)
-{
-    QImageReader reader(filePath);
-    const QByteArray format = reader.format().toLower();
-    if (format.isEmpty() || !hasEndMarker(filePath, format))
-        return false;
-    return !reader.read().isNull();
 }
 
 QCoro::Task<QList<PostMedia>> MediaImporter::importAll(QStringList references)
@@ -112,11 +70,11 @@ QCoro::Task<QList<PostMedia>> MediaImporter::importAll(QStringList references)
 QCoro::Task<PostMedia> MediaImporter::importOne(QString reference)
 {
     if (!isRemote(reference))
-        co_return importFile(localPath(reference));
+        co_return co_await importFile(localPath(reference));
     const QString downloaded = co_await download(QUrl(reference));
     // The download is only a staging copy: the attachment gets a file of its own.
     const auto removeStaging = qScopeGuard([&downloaded] { QFile::remove(downloaded); });
-    co_return importFile(downloaded);
+    co_return co_await importFile(downloaded);
 }
 
 QCoro::Task<QString> MediaImporter::download(QUrl url)
@@ -166,22 +124,39 @@ QCoro::Task<QString> MediaImporter::download(QUrl url)
     co_return stagingPath;
 }
 
-PostMedia MediaImporter::importFile(const QString& filePath) const
+QCoro::Task<PostMedia> MediaImporter::importFile(QString filePath) const
 {
     const QFileInfo info(filePath);
     if (!info.exists() || !info.isFile())
         throw URLSchemeError::fileNotFound(filePath);
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
     if (type.name().startsWith(QStringLiteral("video/")))
-        return PostMedia::fromVideo(info.absoluteFilePath(), m_mediaDir);
+        co_return PostMedia::fromVideo(info.absoluteFilePath(), m_mediaDir);
     if (!type.name().startsWith(QStringLiteral("image/")))
         throw URLSchemeError::invalidParameter(QStringLiteral("media is neither an image nor a video: ") + filePath);
-    if (!isCompleteImage(info.absoluteFilePath()))
-        throw URLSchemeError::invalidParameter(QStringLiteral("image is incomplete or unreadable: ") + filePath);
-    const auto media = PostMedia::fromImage(QImage(info.absoluteFilePath()), m_mediaDir);
+    co_return co_await importImage(info.absoluteFilePath());
+}
+
+// Images are stored re-encoded as PNG: the attachment then never depends on a format
+// a network refuses, and a cut-off file is caught here rather than at publishing.
+QCoro::Task<PostMedia> MediaImporter::importImage(QString filePath) const
+{
+    // A named request: GCC 12 destroys a braced temporary inside co_await twice.
+    ImageEncodeRequest request{filePath, ImageFormat::png, std::nullopt};
+    QByteArray png;
+    try {
+        png = co_await m_images.encode(std::move(request));
+    } catch (const MediaError& error) {
+        if (error.kind() == MediaError::Kind::unreadableInput)
+            throw URLSchemeError::invalidParameter(QStringLiteral("image is incomplete or unreadable: ") + filePath);
+        qCWarning(lcCommands).noquote() << QStringLiteral("❌ ") + error.message();
+        throw URLSchemeError::failed(QStringLiteral("Could not convert the image: ") + filePath);
+    }
+    const auto media = PostMedia::fromImage(png, m_mediaDir);
     if (!media) {
-        qCWarning(lcCommands).noquote() << QStringLiteral("❌ buildMedia: PostMedia.fromImage failed for ") + info.fileName();
+        qCWarning(lcCommands).noquote() << QStringLiteral("❌ buildMedia: PostMedia.fromImage failed for ")
+                + QFileInfo(filePath).fileName();
         throw URLSchemeError::failed(QStringLiteral("Could not copy the image into the media folder: ") + filePath);
     }
-    return *media;
+    co_return *media;
 }

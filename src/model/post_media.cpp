@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QImage>
+#include <QSaveFile>
 
 namespace {
 
@@ -15,19 +15,17 @@ QString uniqueFileName(const QString& suffix)
 
 } // namespace
 
-std::optional<PostMedia> PostMedia::fromImage(const QImage& image, const QString& mediaDir)
+std::optional<PostMedia> PostMedia::fromImage(const QByteArray& png, const QString& mediaDir)
 {
-    if (image.isNull() || !QDir().mkpath(mediaDir))
+    if (png.isEmpty() || !QDir().mkpath(mediaDir))
         return std::nullopt;
-    const QString file = QDir(mediaDir).filePath(uniqueFileName(QStringLiteral("png")));
-    if (!image.save(file, "PNG")) {
-        QFile::remove(file);
+    QSaveFile file(QDir(mediaDir).filePath(uniqueFileName(QStringLiteral("png"))));
+    if (!file.open(QIODevice::WriteOnly) || file.write(png) != png.size() || !file.commit())
         return std::nullopt;
-    }
     PostMedia media;
     media.id = QUuid::createUuid();
     media.type = MediaType::image;
-    media.originalPath = FileUrl::fromLocalFile(file);
+    media.originalPath = FileUrl::fromLocalFile(file.fileName());
     return media;
 }
 

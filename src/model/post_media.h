@@ -7,14 +7,13 @@
 #include "model/redaction_rect.h"
 #include "model/subtitle_track.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QUrl>
 #include <QUuid>
 
 #include <optional>
-
-class QImage;
 
 // One attachment of a post. Edits (trim, subtitles, redactions, preset) live here as
 // fields; the file at originalPath itself is never modified.
@@ -43,9 +42,9 @@ struct PostMedia {
     bool isVideo() const { return type == MediaType::video; }
     QString localFile() const { return originalPath.toLocalFile(); }
 
-    // Writes the image as a PNG under a new unique name into mediaDir (created when
+    // Writes an encoded PNG image under a new unique name into mediaDir (created when
     // missing) and returns an image attachment for it; nothing when it cannot be written.
-    static std::optional<PostMedia> fromImage(const QImage& image, const QString& mediaDir);
+    static std::optional<PostMedia> fromImage(const QByteArray& png, const QString& mediaDir);
     // Copies a video file into mediaDir under a new unique name; when the copy fails
     // the attachment points at the original file instead, so it still works.
     static PostMedia fromVideo(const QString& sourceFile, const QString& mediaDir,

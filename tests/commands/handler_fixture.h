@@ -5,8 +5,10 @@
 #include "channel/command_outcome.h"
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
+#include "media/worker_image_encoder.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
+#include "support/coro_wait.h"
 #include "support/temp_home.h"
 
 #include <QNetworkAccessManager>
@@ -25,7 +27,8 @@ protected:
         : preferences(home.paths())
         , scheduler(preferences)
         , accounts(preferences)
-        , media(home.paths().mediaDir(), network, MediaImporter::Limits{4096, std::chrono::milliseconds(3000)})
+        , images(QStringLiteral(QUILLO_MEDIA_BINARY))
+        , media(home.paths().mediaDir(), network, images, MediaImporter::Limits{4096, std::chrono::milliseconds(3000)})
         , handler(events, scheduler, accounts, media)
         , alerts(&events, &AppEvents::alertRequested)
     {
@@ -50,7 +53,7 @@ protected:
         return account.id;
     }
 
-    CommandOutcome send(const QString& url) { return QCoro::waitFor(handler.handle(QUrl(url))); }
+    CommandOutcome send(const QString& url) { return waitForTask(handler.handle(QUrl(url))); }
 
     // What another process would read: the stored document, not the in-memory list.
     QList<ScheduledPost> stored()
@@ -72,6 +75,7 @@ protected:
     SchedulerService scheduler;
     AccountManager accounts;
     QNetworkAccessManager network;
+    WorkerImageEncoder images;
     MediaImporter media;
     AppEvents events;
     URLSchemeHandler handler;

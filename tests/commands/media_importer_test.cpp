@@ -2,6 +2,7 @@
 // remote files are downloaded within bounds, cut-off images are refused.
 #include "commands/media_importer.h"
 #include "commands/url_scheme_error.h"
+#include "media/worker_image_encoder.h"
 #include "support/coro_wait.h"
 #include "support/temp_home.h"
 
@@ -81,7 +82,8 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
     TempHome home;
     const QString mediaDir = home.paths().mediaDir();
     QNetworkAccessManager network;
-    MediaImporter importer(mediaDir, network, MediaImporter::Limits{50000, std::chrono::milliseconds(5000)});
+    WorkerImageEncoder images(QStringLiteral(QUILLO_MEDIA_BINARY));
+    MediaImporter importer(mediaDir, network, images, MediaImporter::Limits{50000, std::chrono::milliseconds(5000)});
     MediaServer server;
 
     const QByteArray png = pngBytes();
@@ -120,5 +122,15 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
             EXPECT_TRUE(error.message().startsWith(c.messageStart)) << error.message().toStdString();
         }
         EXPECT_EQ(QDir(mediaDir).entryList(QDir::Files | QDir::Hidden).size(), filesBefore) << c.reference.toStdString();
+    }
+
+    // Without its worker an image cannot be converted; the error names the file.
+    WorkerImageEncoder noWorker(home.path() + u"/no-such-worker"_s);
+    MediaImporter stranded(mediaDir, network, noWorker);
+    try {
+        waitForTask(stranded.importAll({whole}));
+        ADD_FAILURE() << "imported without a worker";
+    } catch (const URLSchemeError& error) {
+        EXPECT_EQ(error.message(), u"Could not convert the image: "_s + whole);
     }
 }

@@ -2,7 +2,7 @@
 #include "model/video_export_preset.h"
 
 #include <QDir>
-#include <QImage>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -101,20 +101,26 @@ TEST(PostMediaFiles, FromImageWritesAUniqueFileIntoTheMediaFolder)
 {
     QTemporaryDir root;
     const QString mediaDir = root.filePath(QStringLiteral("Quillo/Media"));
-    QImage image(4, 3, QImage::Format_RGB32);
-    image.fill(Qt::red);
+    const QByteArray png("\x89PNG encoded elsewhere");
 
-    const auto first = PostMedia::fromImage(image, mediaDir);
-    const auto second = PostMedia::fromImage(image, mediaDir);
+    const auto first = PostMedia::fromImage(png, mediaDir);
+    const auto second = PostMedia::fromImage(png, mediaDir);
     ASSERT_TRUE(first && second);
     EXPECT_NE(first->localFile(), second->localFile());
     EXPECT_TRUE(first->localFile().startsWith(mediaDir + u'/'));
-    EXPECT_EQ(QImage(first->localFile()).size(), image.size());
+    EXPECT_TRUE(first->localFile().endsWith(QStringLiteral(".png")));
+    QFile written(first->localFile());
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), png);
     EXPECT_TRUE(first->isImage());
     EXPECT_TRUE(first->redactions.isEmpty());
     EXPECT_FALSE(first->isMissing || first->areSubtitlesRendered || first->subtitles);
 
-    EXPECT_FALSE(PostMedia::fromImage(QImage(), mediaDir));
+    EXPECT_FALSE(PostMedia::fromImage(QByteArray(), mediaDir));
+    // A media folder that cannot be created (a file stands in its way).
+    QFile blocker(root.filePath(QStringLiteral("blocked")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    EXPECT_FALSE(PostMedia::fromImage(png, blocker.fileName() + QStringLiteral("/Media")));
 }
 
 TEST(PostMediaFiles, VideoIsCopiedOrKeepsItsOriginalLocation)

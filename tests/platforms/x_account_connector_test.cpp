@@ -4,6 +4,7 @@
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "store/account_manager.h"
 #include "support/coro_wait.h"
+#include "support/fake_url_opener.h"
 #include "support/fake_x_server.h"
 #include "support/temp_home.h"
 
@@ -33,7 +34,7 @@ protected:
     XAccountConnectorTest()
         : store(home.paths())
         , accounts(store)
-        , connector(network, hub, accounts, {server.baseUrl(), QUrl(QStringLiteral("https://x.example"))})
+        , connector(network, hub, accounts, browser, {server.baseUrl(), QUrl(QStringLiteral("https://x.example"))})
     {
         connector.setCallbackTimeout(5s);
     }
@@ -41,14 +42,13 @@ protected:
     // The browser "comes back" with these callbacks, one event-loop turn after opening.
     void browserReturns(QList<QUrl> callbacks)
     {
-        connector.setBrowserOpener([this, callbacks](const QUrl& url) {
-            opened.append(url);
+        browser.handler = [this, callbacks](const QUrl&) {
             QTimer::singleShot(0, [this, callbacks] {
                 for (const QUrl& callback : callbacks)
                     hub.deliver(callback);
             });
             return true;
-        });
+        };
     }
 
     QString failureOf(QCoro::Task<SocialAccount>&& task)
@@ -68,8 +68,8 @@ protected:
     OAuthCallbackHub hub;
     FakeXServer server;
     QNetworkAccessManager network;
+    FakeUrlOpener browser;
     XAccountConnector connector;
-    QList<QUrl> opened;
 };
 
 const QString kGoodCallback = QStringLiteral("oauth_token=req-token&oauth_verifier=the-verifier");
@@ -93,9 +93,9 @@ TEST_F(XAccountConnectorTest, connectsThroughTheBrowserAndStoresAfterVerificatio
     ASSERT_EQ(accounts.accounts().size(), 1);
     EXPECT_EQ(accounts.accounts().first().id, account.id);
 
-    ASSERT_EQ(opened.size(), 1);
-    EXPECT_EQ(opened[0].path(), QStringLiteral("/oauth/authorize"));
-    EXPECT_EQ(QUrlQuery(opened[0]).queryItemValue(QStringLiteral("oauth_token")), QStringLiteral("req-token"));
+    ASSERT_EQ(browser.opened.size(), 1);
+    EXPECT_EQ(browser.opened[0].path(), QStringLiteral("/oauth/authorize"));
+    EXPECT_EQ(QUrlQuery(browser.opened[0]).queryItemValue(QStringLiteral("oauth_token")), QStringLiteral("req-token"));
 
     EXPECT_EQ(server.rejectedSignatures(), 0);
     const auto requestToken = server.requestsTo("/oauth/request_token").at(0);
@@ -162,7 +162,7 @@ TEST_F(XAccountConnectorTest, aBrowserThatNeverComesBackTimesOut)
     EXPECT_TRUE(server.requestsTo("/oauth/access_token").empty());
     EXPECT_TRUE(accounts.accounts().isEmpty());
 
-    connector.setBrowserOpener([](const QUrl&) { return false; });
+    browser.handler = [](const QUrl&) { return false; };
     EXPECT_EQ(failureOf(connector.connect(latin(FakeXServer::kConsumerKey), latin(FakeXServer::kConsumerSecret))),
               QStringLiteral("Could not open the X sign-in page in the browser"));
 }
@@ -181,7 +181,7 @@ TEST_F(XAccountConnectorTest, typedKeysAreVerifiedThenStoredOnce)
     const SocialAccount account = waitForTask(connector.connectWithAccessToken(
         key, secret, latin(FakeXServer::kAccessToken), latin(FakeXServer::kAccessSecret)));
     EXPECT_EQ(account.name, QStringLiteral("quillo_user"));
-    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_TRUE(browser.opened.isEmpty());
     EXPECT_EQ(failureOf(connector.connectWithAccessToken(key, secret, latin(FakeXServer::kAccessToken),
                                                          latin(FakeXServer::kAccessSecret))),
               QStringLiteral("An account with this API Key already exists"));

@@ -1,13 +1,11 @@
 #include "platforms/x/x_account_connector.h"
 
+#include "core/url_opener.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "platforms/x/x_log.h"
 #include "store/account_manager.h"
 
-#include <QDesktopServices>
 #include <QElapsedTimer>
-#include <QGuiApplication>
-#include <QProcess>
 #include <QUrlQuery>
 
 #include <QScopeGuard>
@@ -69,21 +67,14 @@ bool isForToken(const QUrlQuery& query, const QString& requestToken)
 } // namespace
 
 XAccountConnector::XAccountConnector(QNetworkAccessManager& network, OAuthCallbackHub& callbacks,
-                                     AccountManager& accounts, XHosts hosts, QObject* parent)
+                                     AccountManager& accounts, UrlOpener& browser, XHosts hosts, QObject* parent)
     : QObject(parent)
     , m_network(network)
     , m_callbacks(callbacks)
     , m_accounts(accounts)
+    , m_browser(browser)
     , m_hosts(std::move(hosts))
 {
-}
-
-bool XAccountConnector::openInSystemBrowser(const QUrl& url)
-{
-    // QDesktopServices needs a GUI application; the headless instance asks xdg-open.
-    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
-        return QDesktopServices::openUrl(url);
-    return QProcess::startDetached(u"xdg-open"_s, {url.toString(QUrl::FullyEncoded)});
 }
 
 QUrl XAccountConnector::apiUrl(const QString& path) const
@@ -173,7 +164,7 @@ QCoro::Task<QString> XAccountConnector::waitForVerifier(const QString& requestTo
     const QMetaObject::Connection connection = QObject::connect(
         &m_callbacks, &OAuthCallbackHub::callbackReceived, this, [&received](const QUrl& url) { received.append(url); });
     const auto disconnect = qScopeGuard([&connection] { QObject::disconnect(connection); });
-    if (!m_openBrowser(authorizeUrl))
+    if (!m_browser.open(authorizeUrl))
         throw XError(XError::Kind::browserUnavailable, authorizeUrl.toString());
 
     QElapsedTimer waited;

@@ -7,11 +7,11 @@
 #include <QUrl>
 
 #include <chrono>
-#include <functional>
 
 class AccountManager;
 class OAuthCallbackHub;
 class QNetworkAccessManager;
+class UrlOpener;
 
 // Connects an X account: the three-legged OAuth 1.0a flow through the system browser,
 // or the four keys typed in directly. Either way the credentials are verified with X
@@ -22,13 +22,9 @@ class XAccountConnector : public QObject {
 public:
     static constexpr char kCallbackUrl[] = "quillo://oauth";
 
-    // Opens the authorize page; false when no browser could be started.
-    using BrowserOpener = std::function<bool(const QUrl&)>;
-
     XAccountConnector(QNetworkAccessManager& network, OAuthCallbackHub& callbacks, AccountManager& accounts,
-                      XHosts hosts = {}, QObject* parent = nullptr);
+                      UrlOpener& browser, XHosts hosts = {}, QObject* parent = nullptr);
 
-    void setBrowserOpener(BrowserOpener opener) { m_openBrowser = std::move(opener); }
     void setCallbackTimeout(std::chrono::milliseconds timeout) { m_callbackTimeout = timeout; }
 
     // The browser flow. Throws XError; emits connectionFailed before throwing.
@@ -36,8 +32,6 @@ public:
     // The typed-keys path: no browser, the same verification and storing.
     QCoro::Task<SocialAccount> connectWithAccessToken(QString apiKey, QString apiSecret, QString accessToken,
                                                       QString accessSecret);
-
-    static bool openInSystemBrowser(const QUrl& url);
 
 Q_SIGNALS:
     // The connection-error notification of the settings: platform and error text.
@@ -61,6 +55,6 @@ private:
     OAuthCallbackHub& m_callbacks;
     AccountManager& m_accounts;
     XHosts m_hosts;
-    BrowserOpener m_openBrowser = &XAccountConnector::openInSystemBrowser;
+    UrlOpener& m_browser;
     std::chrono::milliseconds m_callbackTimeout{std::chrono::minutes(10)};
 };
