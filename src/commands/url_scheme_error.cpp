@@ -1,18 +1,18 @@
 #include "commands/url_scheme_error.h"
 
 URLSchemeError::URLSchemeError(Kind kind, QString detail)
-    : m_kind(kind)
+    : QuilloError(describe(kind, detail))
+    , m_kind(kind)
     , m_detail(std::move(detail))
 {
-    m_what = message().toUtf8();
 }
 
-QString URLSchemeError::message() const
+QString URLSchemeError::describe(Kind kind, const QString& detail)
 {
-    switch (m_kind) {
-    case Kind::InvalidParameter: return QStringLiteral("Invalid parameter: ") + m_detail;
-    case Kind::FileNotFound: return QStringLiteral("File not found: ") + m_detail;
-    case Kind::Failed: return m_detail;
+    switch (kind) {
+    case Kind::invalidParameter: return QStringLiteral("Invalid parameter: ") + detail;
+    case Kind::fileNotFound: return QStringLiteral("File not found: ") + detail;
+    case Kind::failed: return detail;
     }
-    return m_detail;
+    return detail;
 }

@@ -1,28 +1,24 @@
 #pragma once
 
-#include <QString>
-
-#include <exception>
+#include "core/quillo_error.h"
 
 // A URL command that cannot be carried out. invalidParameter and fileNotFound wrap
 // their detail in a fixed sentence; failed carries a complete message of its own.
-class URLSchemeError : public std::exception {
+class URLSchemeError : public QuilloError {
 public:
-    enum class Kind { InvalidParameter, FileNotFound, Failed };
+    enum class Kind { invalidParameter, fileNotFound, failed };
 
-    static URLSchemeError invalidParameter(QString detail) { return {Kind::InvalidParameter, std::move(detail)}; }
-    static URLSchemeError fileNotFound(QString path) { return {Kind::FileNotFound, std::move(path)}; }
-    static URLSchemeError failed(QString message) { return {Kind::Failed, std::move(message)}; }
+    static URLSchemeError invalidParameter(QString detail) { return {Kind::invalidParameter, std::move(detail)}; }
+    static URLSchemeError fileNotFound(QString path) { return {Kind::fileNotFound, std::move(path)}; }
+    static URLSchemeError failed(QString message) { return {Kind::failed, std::move(message)}; }
 
     Kind kind() const { return m_kind; }
     QString detail() const { return m_detail; }
-    QString message() const;
-    const char* what() const noexcept override { return m_what.constData(); }
 
 private:
     URLSchemeError(Kind kind, QString detail);
+    static QString describe(Kind kind, const QString& detail);
 
     Kind m_kind;
     QString m_detail;
-    QByteArray m_what;
 };

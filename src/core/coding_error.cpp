@@ -1,27 +1,27 @@
 #include "core/coding_error.h"
 
 CodingError::CodingError(Kind kind, QString path, QString detail)
-    : m_kind(kind)
+    : QuilloError(describe(kind, path, detail))
+    , m_kind(kind)
     , m_path(std::move(path))
     , m_detail(std::move(detail))
-    , m_what(message().toStdString())
 {
 }
 
-QString CodingError::message() const
+QString CodingError::describe(Kind kind, const QString& path, const QString& detail)
 {
-    const QString where = m_path.isEmpty() ? QStringLiteral("the top level") : m_path;
-    switch (m_kind) {
+    const QString where = path.isEmpty() ? QStringLiteral("the top level") : path;
+    switch (kind) {
     case Kind::malformedJson:
-        return QStringLiteral("The data is not valid JSON: ") + m_detail;
+        return QStringLiteral("The data is not valid JSON: ") + detail;
     case Kind::missingKey:
-        return QStringLiteral("No value for the key \"") + m_detail + QStringLiteral("\" at ") + where + u'.';
+        return QStringLiteral("No value for the key \"") + detail + QStringLiteral("\" at ") + where + u'.';
     case Kind::wrongType:
-        return QStringLiteral("Expected ") + m_detail + QStringLiteral(" at ") + where + u'.';
+        return QStringLiteral("Expected ") + detail + QStringLiteral(" at ") + where + u'.';
     case Kind::invalidValue:
-        return QStringLiteral("Invalid value at ") + where + QStringLiteral(": ") + m_detail;
+        return QStringLiteral("Invalid value at ") + where + QStringLiteral(": ") + detail;
     case Kind::unencodable:
-        return QStringLiteral("Cannot encode the value at ") + where + QStringLiteral(": ") + m_detail;
+        return QStringLiteral("Cannot encode the value at ") + where + QStringLiteral(": ") + detail;
     }
-    return m_detail;
+    return detail;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/json.h"
+#include "core/quillo_error.h"
 
-#include <stdexcept>
 #include <string>
 
 // A JSON value of any kind, as it crosses the MCP wire. Decoding tries null,
@@ -10,8 +10,11 @@
 // (7.0) is therefore read as the integer 7.
 class AnyCodable {
 public:
-    struct DecodingError : std::runtime_error {
-        using std::runtime_error::runtime_error;
+    struct DecodingError : QuilloError {
+        explicit DecodingError(const std::string& message)
+            : QuilloError(QString::fromStdString(message))
+        {
+        }
     };
 
     AnyCodable() = default;

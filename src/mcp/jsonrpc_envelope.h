@@ -1,20 +1,23 @@
 #pragma once
 
+#include "core/quillo_error.h"
 #include "mcp/any_codable.h"
 #include "mcp/jsonrpc_error_object.h"
 #include "mcp/jsonrpc_identifier.h"
 
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 // One JSON-RPC 2.0 message. Absent optionals are left out when encoding.
 struct JSONRPCEnvelope {
-    // Thrown when bytes are not a decodable envelope; what() describes why.
-    struct DecodingError : std::runtime_error {
-        using std::runtime_error::runtime_error;
+    // Thrown when bytes are not a decodable envelope; message() describes why.
+    struct DecodingError : QuilloError {
+        explicit DecodingError(const std::string& message)
+            : QuilloError(QString::fromStdString(message))
+        {
+        }
     };
 
     std::string jsonrpc = "2.0";

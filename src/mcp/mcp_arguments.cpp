@@ -70,7 +70,7 @@ MCPArguments::MCPArguments(const Json& arguments, const Json& inputSchema)
         if (schema == properties.end())
             continue;
         if (!fitsType(value, *schema))
-            throw Invalid("Invalid argument '" + key + "': expected " + describe(*schema) + ", got " + value.type_name());
+            throw MCPToolError("Invalid argument '" + key + "': expected " + describe(*schema) + ", got " + value.type_name());
         m_values[key] = value;
     }
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "mcp/any_codable.h"
+#include "mcp/mcp_tool_error.h"
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -12,11 +12,7 @@
 // keys are ignored, and null counts as absent.
 class MCPArguments {
 public:
-    struct Invalid : std::runtime_error {
-        using std::runtime_error::runtime_error;
-    };
-
-    // Throws Invalid for the first argument whose type does not fit the schema.
+    // Throws MCPToolError for the first argument whose type does not fit the schema.
     MCPArguments(const Json& arguments, const Json& inputSchema);
 
     bool has(const char* key) const;

@@ -1,12 +1,41 @@
 #include "mcp/mcp_error.h"
 
-std::string MCPError::message() const
+#include "mcp/mcp_protocol.h"
+
+static_assert(MCPProtocol::ErrorCode::InvalidParams == -32602);
+
+namespace {
+
+QString text(const char* prefix, const std::string& detail)
 {
-    switch (m_kind) {
-    case Kind::InvalidRequest: return "Invalid request: " + m_detail;
-    case Kind::MethodNotFound: return "Method not found: " + m_detail;
-    case Kind::InternalError: return "Internal error: " + m_detail;
-    case Kind::Disabled: return "MCP server is disabled in Quillo settings";
-    }
-    return {};
+    return QString::fromUtf8(prefix) + QString::fromStdString(detail);
+}
+
+} // namespace
+
+MCPError::MCPError(Kind kind, int64_t code, const QString& message)
+    : QuilloError(message)
+    , m_kind(kind)
+    , m_code(code)
+{
+}
+
+MCPError MCPError::invalidRequest(const std::string& detail, int64_t code)
+{
+    return {Kind::invalidRequest, code, text("Invalid request: ", detail)};
+}
+
+MCPError MCPError::methodNotFound(const std::string& detail)
+{
+    return {Kind::methodNotFound, MCPProtocol::ErrorCode::MethodNotFound, text("Method not found: ", detail)};
+}
+
+MCPError MCPError::internalError(const std::string& detail)
+{
+    return {Kind::internalError, MCPProtocol::ErrorCode::InternalError, text("Internal error: ", detail)};
+}
+
+MCPError MCPError::disabled()
+{
+    return {Kind::disabled, MCPProtocol::ErrorCode::Disabled, QStringLiteral("MCP server is disabled in Quillo settings")};
 }

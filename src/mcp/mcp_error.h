@@ -1,27 +1,30 @@
 #pragma once
 
+#include "core/quillo_error.h"
+
+#include <cstdint>
 #include <string>
 
-// Failures of the MCP server, each with its JSON-RPC code and one message.
-class MCPError {
+// Failures of the MCP server, each with the JSON-RPC code its answer carries and one
+// message.
+class MCPError : public QuilloError {
 public:
-    enum class Kind { InvalidRequest, MethodNotFound, InternalError, Disabled };
+    enum class Kind { invalidRequest, methodNotFound, internalError, disabled };
 
-    static MCPError invalidRequest(std::string detail) { return {Kind::InvalidRequest, std::move(detail)}; }
-    static MCPError methodNotFound(std::string detail) { return {Kind::MethodNotFound, std::move(detail)}; }
-    static MCPError internalError(std::string detail) { return {Kind::InternalError, std::move(detail)}; }
-    static MCPError disabled() { return {Kind::Disabled, {}}; }
+    // Invalid params unless the request could not even be parsed.
+    static MCPError invalidRequest(const std::string& detail, int64_t code = kInvalidParamsCode);
+    static MCPError methodNotFound(const std::string& detail);
+    static MCPError internalError(const std::string& detail);
+    static MCPError disabled();
 
     Kind kind() const { return m_kind; }
-    std::string message() const;
+    int64_t code() const { return m_code; }
 
 private:
-    MCPError(Kind kind, std::string detail)
-        : m_kind(kind)
-        , m_detail(std::move(detail))
-    {
-    }
+    static constexpr int64_t kInvalidParamsCode = -32602;
+
+    MCPError(Kind kind, int64_t code, const QString& message);
 
     Kind m_kind;
-    std::string m_detail;
+    int64_t m_code;
 };

@@ -15,17 +15,6 @@ namespace {
 
 using namespace MCPProtocol;
 
-// A request that ends in a JSON-RPC error.
-struct RequestFailure {
-    int64_t code;
-    std::string message;
-};
-
-RequestFailure failure(int64_t code, const MCPError& error)
-{
-    return {code, error.message()};
-}
-
 std::string dump(const Json& json)
 {
     // Text that came in as invalid UTF-8 (in an error description) is replaced rather
@@ -64,8 +53,8 @@ std::optional<MCPServer::Reply> MCPServer::handle(std::string_view message)
     try {
         envelope = JSONRPCEnvelope::decode(message);
     } catch (const std::exception& decodeFailure) {
-        return error(JSONRPCIdentifier(std::string("-1")), ErrorCode::ParseError,
-                     MCPError::invalidRequest(decodeFailure.what()).message());
+        const MCPError failure = MCPError::invalidRequest(decodeFailure.what(), ErrorCode::ParseError);
+        return error(JSONRPCIdentifier(std::string("-1")), failure.code(), failure.message().toStdString());
     }
     // Notifications (no id) and messages without a method are never answered.
     if (!envelope.id || !envelope.method)
@@ -74,10 +63,11 @@ std::optional<MCPServer::Reply> MCPServer::handle(std::string_view message)
     const Json params = envelope.params.value_or(Json::object());
     try {
         return result(*envelope.id, dispatch(*envelope.method, params));
-    } catch (const RequestFailure& failed) {
-        return error(*envelope.id, failed.code, failed.message);
+    } catch (const MCPError& failed) {
+        return error(*envelope.id, failed.code(), failed.message().toStdString());
     } catch (const std::exception& unexpected) {
-        return error(*envelope.id, ErrorCode::InternalError, MCPError::internalError(unexpected.what()).message());
+        const MCPError failure = MCPError::internalError(unexpected.what());
+        return error(*envelope.id, failure.code(), failure.message().toStdString());
     }
 }
 
@@ -99,7 +89,7 @@ Json MCPServer::dispatch(const std::string& method, const Json& params)
         m_running = false;
         return {{"ok", true}};
     }
-    throw failure(ErrorCode::MethodNotFound, MCPError::methodNotFound(method));
+    throw MCPError::methodNotFound(method);
 }
 
 bool MCPServer::isEnabled()
@@ -112,7 +102,7 @@ bool MCPServer::isEnabled()
 void MCPServer::requireEnabled()
 {
     if (!isEnabled())
-        throw failure(ErrorCode::Disabled, MCPError::disabled());
+        throw MCPError::disabled();
 }
 
 Json MCPServer::initialize(const Json& params)
@@ -147,14 +137,14 @@ Json MCPServer::callTool(const Json& params)
     requireEnabled();
     const std::string* name = stringParam(params, "name");
     if (!name)
-        throw failure(ErrorCode::InvalidParams, MCPError::invalidRequest("Missing name"));
+        throw MCPError::invalidRequest("Missing name");
     const auto arguments = params.find("arguments");
     const Json args = (arguments != params.end() && arguments->is_object()) ? *arguments : Json::object();
 
     const auto& catalogue = m_tools.tools();
     const bool known = std::any_of(catalogue.begin(), catalogue.end(), [&](const MCPTool& tool) { return tool.name == *name; });
     if (!known)
-        throw failure(ErrorCode::MethodNotFound, MCPError::methodNotFound(*name));
+        throw MCPError::methodNotFound(*name);
 
     const MCPToolResult outcome = m_tools.callTool(*name, args);
     return {{"content", Json::array({{{"type", "text"}, {"text", outcome.text}}})}, {"isError", outcome.isError}};
@@ -173,9 +163,9 @@ Json MCPServer::readResource(const Json& params)
     requireEnabled();
     const std::string* uri = stringParam(params, "uri");
     if (!uri)
-        throw failure(ErrorCode::InvalidParams, MCPError::invalidRequest("Missing uri"));
+        throw MCPError::invalidRequest("Missing uri");
     if (*uri != ResourceURI::Accounts && *uri != ResourceURI::Scheduled)
-        throw failure(ErrorCode::InvalidParams, MCPError::invalidRequest("Unknown uri: " + *uri));
+        throw MCPError::invalidRequest("Unknown uri: " + *uri);
 
     const std::string text = dump(m_tools.resourceContent(*uri));
     return {{"contents", Json::array({{{"uri", *uri}, {"mimeType", "application/json"}, {"text", text}}})}};

@@ -3,6 +3,7 @@
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "core/coding_error.h"
+#include "mcp/mcp_tool_error.h"
 
 #include <QFile>
 
@@ -20,7 +21,7 @@ auto decodeDocument(PreferenceStore& preferences, const QString& key, const char
         preferences.readData(key, [&](const QByteArray& document) { decoded = decode(document); });
         return decoded;
     } catch (const CodingError& error) {
-        throw std::runtime_error(std::string("The stored ") + what + " could not be read: " + error.message().toStdString());
+        throw MCPToolError(std::string("The stored ") + what + " could not be read: " + error.message().toStdString());
     }
 }
 

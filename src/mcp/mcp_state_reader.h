@@ -13,7 +13,7 @@ class PreferenceStore;
 // Reads what the running instance stored, fresh at every call: the instance may have
 // changed it a moment ago. A document is decoded again only when its file changed
 // (a new file replaces the old one on every save), so repeated queries stay cheap.
-// Throws std::runtime_error with a readable message when a stored document is damaged.
+// Throws MCPToolError with a readable message when a stored document is damaged.
 class MCPStateReader {
 public:
     explicit MCPStateReader(PreferenceStore& preferences);

@@ -117,8 +117,10 @@ MCPToolResult MCPToolHandlers::callTool(const std::string& name, const Json& arg
     try {
         const MCPArguments args(arguments, tool->inputSchema);
         return (this->*(handler->second))(args);
-    } catch (const std::exception& error) {
+    } catch (const QuilloError& error) {
         // Bad arguments and damaged stored state are the caller's to see, never a crash.
+        return failure(error.message().toStdString());
+    } catch (const std::exception& error) {
         return failure(error.what());
     }
 }

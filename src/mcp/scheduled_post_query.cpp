@@ -1,11 +1,11 @@
 #include "mcp/scheduled_post_query.h"
 
 #include "mcp/mcp_arguments.h"
+#include "mcp/mcp_tool_error.h"
 
 #include <QDateTime>
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace {
 
@@ -36,7 +36,7 @@ std::optional<Timestamp> dateArgument(const MCPArguments& args, const char* key,
         return std::nullopt;
     const auto parsed = parseDate(text(*value), endOfDay);
     if (!parsed)
-        throw std::invalid_argument(std::string("Invalid ") + key + ": use an ISO 8601 date such as 2025-01-15T10:30:00");
+        throw MCPToolError(std::string("Invalid ") + key + ": use an ISO 8601 date such as 2025-01-15T10:30:00");
     return parsed;
 }
 
@@ -79,7 +79,7 @@ ScheduledPostQuery ScheduledPostQuery::fromArguments(const MCPArguments& args, T
         for (const std::string& value : *statuses) {
             const auto status = postStatusFromRawValue(text(value));
             if (!status)
-                throw std::invalid_argument("Invalid status '" + value + "': use draft, queued, processing, published or failed");
+                throw MCPToolError("Invalid status '" + value + "': use draft, queued, processing, published or failed");
             query.m_statuses->insert(*status);
         }
     }
@@ -108,10 +108,10 @@ ScheduledPostQuery ScheduledPostQuery::fromArguments(const MCPArguments& args, T
     else if (sortBy == "platform")
         query.m_sort = SortField::platform;
     else if (sortBy != "date")
-        throw std::invalid_argument("Invalid sortBy '" + sortBy + "': use date, createdAt, status or platform");
+        throw MCPToolError("Invalid sortBy '" + sortBy + "': use date, createdAt, status or platform");
     const std::string order = args.string("sortOrder").value_or("asc");
     if (order != "asc" && order != "desc")
-        throw std::invalid_argument("Invalid sortOrder '" + order + "': use asc or desc");
+        throw MCPToolError("Invalid sortOrder '" + order + "': use asc or desc");
     query.m_descending = order == "desc";
     query.m_offset = qsizetype(std::max<int64_t>(0, args.integer("offset").value_or(0)));
     query.m_limit = qsizetype(std::clamp<int64_t>(args.integer("limit").value_or(kDefaultLimit), 0, kMaxLimit));

@@ -11,7 +11,7 @@
 class MCPArguments;
 
 // The filters, order and page of a scheduled_list call. Built from the tool's
-// arguments (throws std::invalid_argument with a readable message for a bad value).
+// arguments (throws MCPToolError with a readable message for a bad value).
 class ScheduledPostQuery {
 public:
     static constexpr int kDefaultLimit = 50;

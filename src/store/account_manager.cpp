@@ -3,7 +3,7 @@
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "model/accounts_backup.h"
-#include "store/account_manager_error.h"
+#include "store/transfer_error.h"
 #include "store/store_log.h"
 
 #include <QFile>

@@ -2,7 +2,7 @@
 
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "store/scheduler_service_error.h"
+#include "store/transfer_error.h"
 #include "store/store_log.h"
 
 #include <QFile>

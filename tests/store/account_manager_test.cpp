@@ -1,7 +1,7 @@
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "store/account_manager.h"
-#include "store/account_manager_error.h"
+#include "store/transfer_error.h"
 #include "support/temp_home.h"
 
 #include <QSignalSpy>

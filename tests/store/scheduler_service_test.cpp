@@ -2,7 +2,7 @@
 #include "core/preference_store.h"
 #include "support/sample_posts.h"
 #include "store/scheduler_service.h"
-#include "store/scheduler_service_error.h"
+#include "store/transfer_error.h"
 #include "support/temp_home.h"
 
 #include <QDir>

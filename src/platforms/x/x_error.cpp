@@ -1,13 +1,28 @@
 #include "platforms/x/x_error.h"
 
-XError::XError(Kind kind, QString detail, int status, std::optional<QDateTime> resetAt)
-    : m_kind(kind)
-    , m_detail(std::move(detail))
-    , m_status(status)
-    , m_resetAt(std::move(resetAt))
+namespace {
+
+// The log keeps X's own words after the sentence a person reads.
+QString withDetail(const QString& message, const QString& detail)
 {
-    const QString text = message();
-    m_what = (m_detail.isEmpty() || m_detail == text ? text : text + u": " + m_detail).toUtf8();
+    return detail.isEmpty() || detail == message ? message : message + QStringLiteral(": ") + detail;
+}
+
+} // namespace
+
+XError::XError(Kind kind, QString detail, int status, std::optional<QDateTime> resetAt)
+    : XError(kind, describe(kind, detail, status, resetAt), detail, status, resetAt)
+{
+}
+
+XError::XError(Kind kind, const QString& message, const QString& detail, int status,
+               const std::optional<QDateTime>& resetAt)
+    : QuilloError(message, withDetail(message, detail))
+    , m_kind(kind)
+    , m_detail(detail)
+    , m_status(status)
+    , m_resetAt(resetAt)
+{
 }
 
 XError XError::forStatus(int status, QString detail)
@@ -26,9 +41,9 @@ XError XError::forStatus(int status, QString detail)
     }
 }
 
-QString XError::message() const
+QString XError::describe(Kind kind, const QString& detail, int status, const std::optional<QDateTime>& resetAt)
 {
-    switch (m_kind) {
+    switch (kind) {
     case Kind::postFailed:
         return QStringLiteral("Failed to post to X");
     case Kind::appendFailed:
@@ -42,18 +57,18 @@ QString XError::message() const
     case Kind::badRequest:
         return QStringLiteral("Invalid request to X API");
     case Kind::apiError:
-        return QStringLiteral("X API error (status %1)").arg(m_status);
+        return QStringLiteral("X API error (status %1)").arg(status);
     case Kind::rateLimited:
-        if (m_resetAt)
+        if (resetAt)
             return QStringLiteral("X rate limit reached; try again after %1")
-                .arg(m_resetAt->toLocalTime().toString(Qt::ISODate));
+                .arg(resetAt->toLocalTime().toString(Qt::ISODate));
         return QStringLiteral("X rate limit reached; try again later");
     case Kind::finalizeFailed:
         return QStringLiteral("Failed to finalize media upload");
     case Kind::uploadInitFailed:
         return QStringLiteral("Failed to start media upload to X");
     case Kind::mediaUnreadable:
-        return QStringLiteral("Media file cannot be read: %1").arg(m_detail);
+        return QStringLiteral("Media file cannot be read: %1").arg(detail);
     case Kind::networkError:
         return QStringLiteral("Could not reach X");
     case Kind::cancelled:
@@ -71,7 +86,7 @@ QString XError::message() const
     case Kind::callbackTimedOut:
         return QStringLiteral("X sign-in timed out: the browser did not come back to Quillo");
     case Kind::accountRejected:
-        return m_detail;
+        return detail;
     }
     return {};
 }

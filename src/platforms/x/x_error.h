@@ -1,14 +1,15 @@
 #pragma once
 
+#include "core/quillo_error.h"
+
 #include <QDateTime>
 #include <QString>
 
-#include <exception>
 #include <optional>
 
 // Failures of the X client. Each case maps to one user-facing sentence (message());
 // detail() keeps the technical text for the log.
-class XError : public std::exception {
+class XError : public QuilloError {
 public:
     enum class Kind {
         postFailed,           // no usable answer to a post
@@ -42,13 +43,14 @@ public:
     const QString& detail() const { return m_detail; }
     int status() const { return m_status; }
     const std::optional<QDateTime>& rateLimitResetAt() const { return m_resetAt; }
-    QString message() const;
-    const char* what() const noexcept override { return m_what.constData(); }
 
 private:
+    XError(Kind kind, const QString& message, const QString& detail, int status,
+           const std::optional<QDateTime>& resetAt);
+    static QString describe(Kind kind, const QString& detail, int status, const std::optional<QDateTime>& resetAt);
+
     Kind m_kind;
     QString m_detail;
     int m_status;
     std::optional<QDateTime> m_resetAt;
-    QByteArray m_what;
 };
