@@ -5,6 +5,7 @@
 // forwarder and the MCP server do, so the time includes the save reaching the disk.
 #include "core/app_paths.h"
 #include "core/preference_store.h"
+#include "core/system_clock.h"
 #include "channel/command_channel_client.h"
 #include "model/scheduled_post.h"
 #include "store/scheduler_service.h"
@@ -22,7 +23,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 constexpr int kStoredPosts = 1000;
 constexpr int kCommands = 1000;
 constexpr int kSyncedCommands = 300;
@@ -38,7 +39,7 @@ void storePosts(const AppPaths& paths)
         post.content = {Post::create(QStringLiteral("Stored post number %1 with an ordinary length of text, "
                                                     "a link https://example.org/%1 and a #tag")
                                          .arg(i))};
-        post.scheduledDate = Timestamp::now().addSeconds(3600.0 * (i + 1));
+        post.scheduledDate = SystemClock().now().addSeconds(3600.0 * (i + 1));
         post.timeZoneIdentifier = QStringLiteral("Europe/Berlin");
         post.platforms = {QStringLiteral("x"), QStringLiteral("bluesky")};
         posts.append(post);
@@ -91,10 +92,10 @@ int main(int argc, char** argv)
         for (int i = 0; i < count; ++i) {
             const QString url = QStringLiteral("quillo://schedule?text=Bench%20post%20") + QString::number(i)
                 + QStringLiteral("&status=draft&platforms=x,bluesky&stealthMode=true");
-            const auto start = Clock::now();
+            const auto start = SteadyClock::now();
             const CommandOutcome outcome = client.send(url, std::chrono::seconds(10));
             const bool stored = !sync || client.sync(std::chrono::seconds(10)).ok;
-            millis.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+            millis.push_back(std::chrono::duration<double, std::milli>(SteadyClock::now() - start).count());
             failures += outcome.ok && stored ? 0 : 1;
         }
         return millis;

@@ -1,5 +1,6 @@
 // MCP server figures: cold start (process start to the initialize answer) and
 // throughput (pings through one process), plus the in-process cost of one ping.
+#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "core/preference_store.h"
 #include "mcp/mcp_server.h"
@@ -142,7 +143,8 @@ void BM_HandlePing(benchmark::State& state)
     } sender;
     MCPStateReader stored(preferences);
     const MCPLog log(false);
-    MCPToolHandlers tools(stored, sender, log);
+    const SystemClock clock;
+    MCPToolHandlers tools(stored, sender, log, clock);
     MCPServer server(preferences, tools);
     const std::string ping = R"({"jsonrpc":"2.0","id":42,"method":"ping"})";
     for (auto _ : state)

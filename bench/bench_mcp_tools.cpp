@@ -1,6 +1,7 @@
 // scheduled_list over a large schedule: per call in a running server (the stored
 // document unchanged between calls, and after it changed), and a cold process
 // answering one tools/call.
+#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
@@ -21,11 +22,11 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
-double msSince(Clock::time_point start)
+double msSince(SteadyClock::time_point start)
 {
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    return std::chrono::duration<double, std::milli>(SteadyClock::now() - start).count();
 }
 
 double median(std::vector<double> samples)
@@ -81,16 +82,17 @@ int main(int argc, char** argv)
     NoSender sender;
     const MCPLog log(false);
     MCPStateReader state(preferences);
-    MCPToolHandlers tools(state, sender, log);
+    const SystemClock clock;
+    MCPToolHandlers tools(state, sender, log, clock);
     const Json arguments = {{"textContains", "NEEDLE"}, {"includeContent", true}, {"limit", 500}};
 
-    auto start = Clock::now();
+    auto start = SteadyClock::now();
     const MCPToolResult first = tools.callTool("scheduled_list", arguments);
     std::printf("scheduled_list, first call (reads and decodes the document): %.1f ms, %zu bytes of result\n", msSince(start),
                 first.text.size());
     std::vector<double> warm;
     for (int i = 0; i < 50; ++i) {
-        start = Clock::now();
+        start = SteadyClock::now();
         tools.callTool("scheduled_list", arguments);
         warm.push_back(msSince(start));
     }
@@ -99,7 +101,7 @@ int main(int argc, char** argv)
     std::vector<double> changed;
     for (int i = 0; i < 5; ++i) {
         preferences.setData(PreferenceKeys::ScheduledPosts, document);
-        start = Clock::now();
+        start = SteadyClock::now();
         tools.callTool("scheduled_list", arguments);
         changed.push_back(msSince(start));
     }
@@ -110,7 +112,7 @@ int main(int argc, char** argv)
     std::vector<double> cold;
     for (int i = 0; i < 15; ++i) {
         QProcess server;
-        start = Clock::now();
+        start = SteadyClock::now();
         server.start(QStringLiteral(QUILLO_BINARY), {QStringLiteral("--mcp-stdio")});
         server.write(request);
         while (!server.canReadLine() && server.waitForReadyRead(10000)) {

@@ -5,6 +5,8 @@
 // set just before it: the upload streams the file from disk, so the growth should stay
 // within a few chunks, never near the file's size.
 #include "platforms/x/x_service.h"
+
+#include "core/system_clock.h"
 #include "support/coro_wait.h"
 #include "support/fake_x_server.h"
 
@@ -112,7 +114,8 @@ int main(int argc, char** argv)
                                QString::fromLatin1(FakeXServer::kAccessSecret)};
     XServiceOptions options;
     options.checkAfterUnit = std::chrono::milliseconds(1);
-    XService service(network, credential, {QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port)), QUrl()}, options);
+    const SystemClock clock;
+    XService service(network, credential, clock, {QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port)), QUrl()}, options);
 
     int status = 0;
     try {

@@ -1,5 +1,6 @@
 // Feeds arbitrary bytes to the MCP dispatcher as one message: it must answer or stay
 // silent, never crash, and every answer must itself be valid JSON.
+#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "core/preference_store.h"
 #include "mcp/mcp_server.h"
@@ -26,7 +27,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static MCPStateReader state(preferences);
     static RefusingSender sender;
     static const MCPLog log(false);
-    static MCPToolHandlers tools(state, sender, log);
+    static const SystemClock clock;
+    static MCPToolHandlers tools(state, sender, log, clock);
     // Tool calls are only served when the switch is on.
     static const bool enabled = (preferences.setValue(QStringLiteral("MCP.Enabled"), true), true);
     (void)enabled;

@@ -1,5 +1,6 @@
 #include "app/editor_command_line.h"
 
+#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "app/launch_options.h"
 #include "core/preference_store.h"
@@ -45,7 +46,8 @@ int run(const LaunchOptions& options)
         return 1;
     }
     PreferenceStore preferences(AppPaths::fromEnvironment());
-    EditorConfigInstaller installer(preferences, executablePath(), QDir::homePath());
+    const SystemClock clock;
+    EditorConfigInstaller installer(preferences, executablePath(), QDir::homePath(), clock);
 
     if (options.mode == RunMode::PrintMcpConfig) {
         print(stdout, installer.snippetText(*editor));

@@ -6,6 +6,7 @@
 #include "app/launch_options.h"
 #include "core/log_sink.h"
 #include "core/preference_store.h"
+#include "core/system_clock.h"
 #include "app/quillo_instance.h"
 #include "app/unix_signal_watcher.h"
 #include "channel/command_channel_client.h"
@@ -45,7 +46,8 @@ int runMcpStdio(const LaunchOptions& options)
     PreferenceStore preferences(paths);
     MCPStateReader state(preferences);
     ChannelCommandSender commands(paths);
-    MCPToolHandlers tools(state, commands, log);
+    const SystemClock clock;
+    MCPToolHandlers tools(state, commands, log, clock);
     MCPServer server(preferences, tools);
     MCPStdioTransport transport(STDIN_FILENO, STDOUT_FILENO, log);
     return MCPStdioSession(transport, server, log).run();
@@ -103,7 +105,9 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
 
     const AppPaths paths = AppPaths::fromEnvironment();
-    LogSink::installForInstance(paths.logFile());
+    // Static: the log handler stamps lines until the very end of the process.
+    static const SystemClock clock;
+    LogSink::installForInstance(paths.logFile(), clock);
     if (!paths.ensureExists())
         qCWarning(lcApp).noquote() << "⚠️ Could not create Quillo's folders under" << paths.dataDir();
 
@@ -117,7 +121,7 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     WorkerImageEncoder images(WorkerImageEncoder::defaultWorkerPath());
     MediaImporter media(paths.mediaDir(), network, images);
     OAuthCallbackHub oauthCallbacks;
-    URLSchemeHandler urlCommands(events, scheduler, accounts, media);
+    URLSchemeHandler urlCommands(events, scheduler, accounts, media, clock);
     CommandRouter router(oauthCallbacks, urlCommands);
     CommandChannelServer channel(
         paths, [&router](QString url) { return router.route(std::move(url)); },

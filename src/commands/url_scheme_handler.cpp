@@ -1,5 +1,6 @@
 #include "commands/url_scheme_handler.h"
 
+#include "core/clock.h"
 #include "events/app_events.h"
 #include "commands/account_commands.h"
 #include "commands/command_date_parser.h"
@@ -70,12 +71,13 @@ PostStatus statusFrom(const CommandParams& params, PostStatus fallback)
 } // namespace
 
 URLSchemeHandler::URLSchemeHandler(AppEvents& events, SchedulerService& scheduler, AccountManager& accounts,
-                                   MediaImporter& media, QObject* parent)
+                                   MediaImporter& media, const Clock& clock, QObject* parent)
     : QObject(parent)
     , m_events(events)
     , m_scheduler(scheduler)
     , m_accounts(accounts)
     , m_media(media)
+    , m_clock(clock)
     , m_builder(accounts)
 {
 }
@@ -220,7 +222,7 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::schedule(CommandParams params)
     post.status = statusFrom(params, PostStatus::queued);
     m_builder.applyTimeZone(post, params);
     // Without a date the post goes out an hour from now.
-    post.scheduledDate = Timestamp::now().addSeconds(3600);
+    post.scheduledDate = m_clock.now().addSeconds(3600);
     m_builder.applyDate(post, params);
     m_builder.applyPlatforms(post, params, true);
     m_builder.applyAccounts(post, params);

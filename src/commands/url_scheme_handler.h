@@ -15,6 +15,7 @@
 
 class AccountManager;
 class AppEvents;
+class Clock;
 class MediaImporter;
 class SchedulerService;
 
@@ -28,7 +29,7 @@ public:
     enum class Action { Compose, Schedule, Calendar, Settings, License, Open, Accounts, Scheduled };
 
     URLSchemeHandler(AppEvents& events, SchedulerService& scheduler, AccountManager& accounts, MediaImporter& media,
-                     QObject* parent = nullptr);
+                     const Clock& clock, QObject* parent = nullptr);
 
     QCoro::Task<CommandOutcome> handle(QUrl url);
 
@@ -59,5 +60,6 @@ private:
     SchedulerService& m_scheduler;
     AccountManager& m_accounts;
     MediaImporter& m_media;
+    const Clock& m_clock;
     ScheduledPostBuilder m_builder;
 };

@@ -1,5 +1,7 @@
 #include "core/log_sink.h"
 
+#include "core/clock.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -13,6 +15,7 @@ namespace {
 struct SinkState {
     std::mutex mutex;
     std::FILE* file = nullptr;
+    const Clock* clock = nullptr;
     bool mcpDebug = false;
 };
 
@@ -36,9 +39,9 @@ const char* levelTag(QtMsgType type)
 
 void instanceHandler(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    const QByteArray line = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toUtf8() + ' '
-        + (context.category ? context.category : "default") + ' ' + levelTag(type) + ": " + message.toUtf8() + '\n';
     SinkState& sink = state();
+    const QByteArray line = sink.clock->now().toDateTime().toString(Qt::ISODateWithMs).toUtf8() + ' '
+        + (context.category ? context.category : "default") + ' ' + levelTag(type) + ": " + message.toUtf8() + '\n';
     const std::lock_guard lock(sink.mutex);
     std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
     if (sink.file) {
@@ -57,10 +60,11 @@ void mcpHandler(QtMsgType, const QMessageLogContext&, const QString& message)
 
 } // namespace
 
-void LogSink::installForInstance(const QString& logFile)
+void LogSink::installForInstance(const QString& logFile, const Clock& clock)
 {
     QDir().mkpath(QFileInfo(logFile).absolutePath());
     SinkState& sink = state();
+    sink.clock = &clock;
     sink.file = std::fopen(QFile::encodeName(logFile).constData(), "ae");
     qInstallMessageHandler(instanceHandler);
 }

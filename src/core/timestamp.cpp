@@ -9,11 +9,6 @@ Timestamp Timestamp::fromDateTime(const QDateTime& dateTime)
     return fromUnixSeconds(static_cast<double>(dateTime.toMSecsSinceEpoch()) / 1000.0);
 }
 
-Timestamp Timestamp::now()
-{
-    return fromDateTime(QDateTime::currentDateTimeUtc());
-}
-
 QDateTime Timestamp::toDateTime() const
 {
     // Years 1 to 9999: what four-digit ISO 8601 text can hold.

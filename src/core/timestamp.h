@@ -18,7 +18,6 @@ public:
     static constexpr Timestamp fromReferenceSeconds(double seconds) { return Timestamp(seconds); }
     static Timestamp fromDateTime(const QDateTime& dateTime);
     static Timestamp fromUnixSeconds(double seconds) { return Timestamp(seconds - kReferenceOffset); }
-    static Timestamp now();
 
     constexpr double referenceSeconds() const { return m_seconds; }
     double unixSeconds() const { return m_seconds + kReferenceOffset; }

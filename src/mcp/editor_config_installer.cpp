@@ -1,5 +1,6 @@
 #include "mcp/editor_config_installer.h"
 
+#include "core/clock.h"
 #include "core/preference_store.h"
 
 #include <QDir>
@@ -52,11 +53,12 @@ bool writeFileAtomically(const QString& path, const QByteArray& bytes)
 
 } // namespace
 
-EditorConfigInstaller::EditorConfigInstaller(PreferenceStore& preferences, QString executablePath, QString homeDir, Clock now)
+EditorConfigInstaller::EditorConfigInstaller(PreferenceStore& preferences, QString executablePath, QString homeDir,
+                                             const Clock& clock)
     : m_preferences(preferences)
     , m_executable(std::move(executablePath))
     , m_home(std::move(homeDir))
-    , m_now(std::move(now))
+    , m_clock(clock)
 {
 }
 
@@ -168,7 +170,7 @@ EditorInstallResult EditorConfigInstaller::install(const MCPEditor& editor, cons
 
 QString EditorConfigInstaller::makeBackup(const QString& file) const
 {
-    const QString stamp = m_now().toString(Qt::ISODate).left(19).replace(u':', u'-');
+    const QString stamp = m_clock.now().toDateTime().toLocalTime().toString(Qt::ISODate).left(19).replace(u':', u'-');
     QString backup = file + QStringLiteral(".quillo-") + stamp + QStringLiteral(".bak");
     // Two installs within one second keep both backups.
     for (int n = 2; QFileInfo::exists(backup); ++n)

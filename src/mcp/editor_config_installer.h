@@ -3,12 +3,11 @@
 #include "mcp/any_codable.h"
 #include "mcp/mcp_editor.h"
 
-#include <QDateTime>
 #include <QString>
 
-#include <functional>
 #include <optional>
 
+class Clock;
 class PreferenceStore;
 
 struct EditorInstallResult {
@@ -25,10 +24,7 @@ struct EditorInstallResult {
 // entry in and keeps everything else. Used by the command line and the settings window.
 class EditorConfigInstaller {
 public:
-    using Clock = std::function<QDateTime()>;
-
-    EditorConfigInstaller(PreferenceStore& preferences, QString executablePath, QString homeDir,
-                          Clock now = &QDateTime::currentDateTime);
+    EditorConfigInstaller(PreferenceStore& preferences, QString executablePath, QString homeDir, const Clock& clock);
 
     Json snippet(const MCPEditor& editor) const;
     // The snippet as text with two-space indentation.
@@ -52,5 +48,5 @@ private:
     PreferenceStore& m_preferences;
     QString m_executable;
     QString m_home;
-    Clock m_now;
+    const Clock& m_clock;
 };

@@ -1,5 +1,6 @@
 #include "mcp/mcp_tool_handlers.h"
 
+#include "core/clock.h"
 #include "mcp/mcp_account_lookup.h"
 #include "mcp/mcp_arguments.h"
 #include "mcp/mcp_command_sender.h"
@@ -73,10 +74,12 @@ Json accountEntry(const SocialAccount& account)
 
 } // namespace
 
-MCPToolHandlers::MCPToolHandlers(MCPStateReader& state, MCPCommandSender& commands, const MCPLog& log)
+MCPToolHandlers::MCPToolHandlers(MCPStateReader& state, MCPCommandSender& commands, const MCPLog& log,
+                                 const Clock& clock)
     : m_state(state)
     , m_commands(commands)
     , m_log(log)
+    , m_clock(clock)
 {
 }
 
@@ -294,7 +297,7 @@ MCPToolResult MCPToolHandlers::accountsSetDefault(const MCPArguments& args)
 
 MCPToolResult MCPToolHandlers::scheduledList(const MCPArguments& args)
 {
-    const ScheduledPostQuery query = ScheduledPostQuery::fromArguments(args, Timestamp::now());
+    const ScheduledPostQuery query = ScheduledPostQuery::fromArguments(args, m_clock.now());
     ScheduledPostEntry::Options options;
     options.includeContent = args.boolean("includeContent").value_or(true);
     options.includeAccounts = args.boolean("includeAccounts").value_or(true);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 
+class Clock;
 class MCPArguments;
 class MCPCommandSender;
 class MCPCommandURL;
@@ -16,7 +17,7 @@ class MCPStateReader;
 // the assistant learns the instance's real outcome.
 class MCPToolHandlers : public MCPToolProvider {
 public:
-    MCPToolHandlers(MCPStateReader& state, MCPCommandSender& commands, const MCPLog& log);
+    MCPToolHandlers(MCPStateReader& state, MCPCommandSender& commands, const MCPLog& log, const Clock& clock);
 
     const std::vector<MCPTool>& tools() const override;
     MCPToolResult callTool(const std::string& name, const Json& arguments) override;
@@ -49,4 +50,5 @@ private:
     MCPStateReader& m_state;
     MCPCommandSender& m_commands;
     const MCPLog& m_log;
+    const Clock& m_clock;
 };

@@ -1,14 +1,14 @@
 #include "model/social_account.h"
 
 SocialAccount SocialAccount::create(PlatformType platform, const QString& name,
-                                    const QMap<QString, QString>& credentials)
+                                    const QMap<QString, QString>& credentials, Timestamp createdAt)
 {
     SocialAccount account;
     account.id = QUuid::createUuid();
     account.platform = platform;
     account.name = name;
     account.credentials = credentials;
-    account.createdAt = Timestamp::now();
+    account.createdAt = createdAt;
     return account;
 }
 

@@ -48,8 +48,9 @@ struct SocialAccount {
 
     bool operator==(const SocialAccount&) const = default;
 
-    // A new account with a fresh id, created now.
-    static SocialAccount create(PlatformType platform, const QString& name, const QMap<QString, QString>& credentials);
+    // A new account with a fresh id.
+    static SocialAccount create(PlatformType platform, const QString& name, const QMap<QString, QString>& credentials,
+                                Timestamp createdAt);
 
     // The nickname when one is set, else the name.
     QString displayName() const;

@@ -9,6 +9,7 @@
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
 #include "support/coro_wait.h"
+#include "support/manual_clock.h"
 #include "support/temp_home.h"
 
 #include <QNetworkAccessManager>
@@ -29,7 +30,7 @@ protected:
         , accounts(preferences)
         , images(QStringLiteral(QUILLO_MEDIA_BINARY))
         , media(home.paths().mediaDir(), network, images, MediaImporter::Limits{4096, std::chrono::milliseconds(3000)})
-        , handler(events, scheduler, accounts, media)
+        , handler(events, scheduler, accounts, media, clock)
         , alerts(&events, &AppEvents::alertRequested)
     {
         work = addAccount(PlatformType::x, QStringLiteral("work"), {{QStringLiteral("apiKey"), QStringLiteral("k1")},
@@ -48,7 +49,7 @@ protected:
 
     QUuid addAccount(PlatformType platform, const QString& name, const QMap<QString, QString>& credentials)
     {
-        const SocialAccount account = SocialAccount::create(platform, name, credentials);
+        const SocialAccount account = SocialAccount::create(platform, name, credentials, clock.now());
         EXPECT_EQ(accounts.addAccount(account), std::nullopt);
         return account.id;
     }
@@ -77,6 +78,7 @@ protected:
     QNetworkAccessManager network;
     WorkerImageEncoder images;
     MediaImporter media;
+    ManualClock clock;
     AppEvents events;
     URLSchemeHandler handler;
     QSignalSpy alerts;

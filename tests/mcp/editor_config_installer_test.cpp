@@ -1,5 +1,6 @@
 #include "core/preference_store.h"
 #include "mcp/editor_config_installer.h"
+#include "support/manual_clock.h"
 #include "support/temp_home.h"
 
 #include <QDir>
@@ -31,8 +32,9 @@ protected:
 
     TempHome m_home;
     PreferenceStore m_preferences{m_home.paths()};
-    EditorConfigInstaller m_installer{m_preferences, QStringLiteral("/opt/quillo/bin/quillo"), userHome(),
-                                      [] { return QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7)); }};
+    // Backups are named in local time.
+    ManualClock m_clock{Timestamp::fromDateTime(QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7)))};
+    EditorConfigInstaller m_installer{m_preferences, QStringLiteral("/opt/quillo/bin/quillo"), userHome(), m_clock};
 };
 
 TEST_F(EditorConfigInstallerTest, MergesIntoACommentedZedFileTwiceKeepingEverythingElse)

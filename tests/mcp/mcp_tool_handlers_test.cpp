@@ -4,6 +4,7 @@
 #include "mcp/mcp_log.h"
 #include "mcp/mcp_state_reader.h"
 #include "mcp/mcp_tool_handlers.h"
+#include "support/manual_clock.h"
 #include "support/temp_home.h"
 
 #include <QUrlQuery>
@@ -32,7 +33,8 @@ SocialAccount account(PlatformType platform, const char* name, const char* nickn
 {
     SocialAccount made = SocialAccount::create(platform, QString::fromLatin1(name),
                                                {{QStringLiteral("accessToken"), QStringLiteral("SECRET-TOKEN")},
-                                                {QStringLiteral("appPassword"), QStringLiteral("SECRET-PASSWORD")}});
+                                                {QStringLiteral("appPassword"), QStringLiteral("SECRET-PASSWORD")}},
+                                               kFixedTestTime);
     if (nickname)
         made.nickname = QString::fromLatin1(nickname);
     made.isDefault = isDefault;
@@ -71,7 +73,8 @@ protected:
     MCPStateReader m_state{m_preferences};
     RecordingSender m_sender;
     MCPLog m_log{false};
-    MCPToolHandlers m_handlers{m_state, m_sender, m_log};
+    ManualClock m_clock;
+    MCPToolHandlers m_handlers{m_state, m_sender, m_log, m_clock};
 };
 
 TEST_F(MCPToolHandlersTest, CatalogueListsSixteenDescribedToolsInOrder)

@@ -4,6 +4,7 @@
 #include "core/json_values.h"
 #include "model/scheduled_post.h"
 #include "model/social_account.h"
+#include "support/manual_clock.h"
 #include "support/quillo_process.h"
 #include "support/temp_home.h"
 
@@ -23,10 +24,10 @@ protected:
         PreferenceStore preferences(m_home.paths());
         preferences.setValue(PreferenceKeys::MCPEnabled, true);
         preferences.setValue(PreferenceKeys::SocialPlatforms, QStringList{QStringLiteral("x"), QStringLiteral("bluesky")});
-        SocialAccount x = SocialAccount::create(PlatformType::x, QStringLiteral("alice"), {});
+        SocialAccount x = SocialAccount::create(PlatformType::x, QStringLiteral("alice"), {}, kFixedTestTime);
         x.nickname = QStringLiteral("Work");
         x.isDefault = true;
-        SocialAccount sky = SocialAccount::create(PlatformType::bluesky, QStringLiteral("alice.bsky.social"), {});
+        SocialAccount sky = SocialAccount::create(PlatformType::bluesky, QStringLiteral("alice.bsky.social"), {}, kFixedTestTime);
         sky.nickname = QStringLiteral("Work");
         sky.isDefault = true;
         preferences.setData(PreferenceKeys::SocialAccounts, SocialAccount::encodeList({x, sky}));

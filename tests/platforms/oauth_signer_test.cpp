@@ -1,4 +1,7 @@
 #include "platforms/oauth/oauth_signer.h"
+#include "support/manual_clock.h"
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
@@ -206,6 +209,9 @@ TEST(OAuthSigner, keyKeepsTheAmpersandAndNoncesAreFresh)
     EXPECT_GE(a.size(), 32);
     for (char ch : a)
         EXPECT_TRUE(std::isalnum(static_cast<unsigned char>(ch)));
-    const OAuthParameters header = OAuthSigner::parseAuthorizationHeader(plain.sign(request("GET", "https://x/")).authorizationHeader);
+    const OAuthParameters header =
+        OAuthSigner::parseAuthorizationHeader(plain.sign(request("GET", "https://x/"), kFixedTestTime).authorizationHeader);
     EXPECT_EQ(header.size(), 6); // version, method, key, timestamp, nonce, signature
+    EXPECT_TRUE(std::count(header.begin(), header.end(), std::pair{QByteArray("oauth_timestamp"), QByteArray("1736937000")}))
+        << "signed at the clock's time, in Unix seconds";
 }

@@ -1,5 +1,6 @@
 #include "platforms/x/x_account_connector.h"
 
+#include "core/system_clock.h"
 #include "core/preference_store.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "store/account_manager.h"
@@ -34,7 +35,7 @@ protected:
     XAccountConnectorTest()
         : store(home.paths())
         , accounts(store)
-        , connector(network, hub, accounts, browser, {server.baseUrl(), QUrl(QStringLiteral("https://x.example"))})
+        , connector(network, hub, accounts, browser, clock, {server.baseUrl(), QUrl(QStringLiteral("https://x.example"))})
     {
         connector.setCallbackTimeout(5s);
     }
@@ -69,6 +70,7 @@ protected:
     FakeXServer server;
     QNetworkAccessManager network;
     FakeUrlOpener browser;
+    SystemClock clock;
     XAccountConnector connector;
 };
 

@@ -1,5 +1,6 @@
 #include "platforms/x/x_service.h"
 
+#include "core/system_clock.h"
 #include "support/coro_wait.h"
 #include "support/fake_x_server.h"
 
@@ -34,7 +35,7 @@ Json bodyOf(const FakeXServer::Request& request)
 class XServiceTest : public ::testing::Test {
 protected:
     XServiceTest()
-        : service(network, fakeCredential(), {server.baseUrl(), QUrl(QStringLiteral("https://x.example"))},
+        : service(network, fakeCredential(), clock, {server.baseUrl(), QUrl(QStringLiteral("https://x.example"))},
                   {.initialChunkSize = 1000000, .checkAfterUnit = 2ms, .maxStatusPolls = 10, .timeoutMs = 10000})
     {
     }
@@ -93,6 +94,7 @@ protected:
 
     FakeXServer server;
     QNetworkAccessManager network;
+    SystemClock clock;
     XService service;
     QTemporaryDir dir;
 };

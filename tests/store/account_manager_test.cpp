@@ -2,6 +2,7 @@
 #include "core/preference_store.h"
 #include "store/account_manager.h"
 #include "store/transfer_error.h"
+#include "support/manual_clock.h"
 #include "support/temp_home.h"
 
 #include <QSignalSpy>
@@ -13,13 +14,14 @@ namespace {
 SocialAccount xAccount(const QString& key, const QString& secret = QStringLiteral("secret"))
 {
     return SocialAccount::create(PlatformType::x, QStringLiteral("@") + key,
-                                 {{QStringLiteral("apiKey"), key}, {QStringLiteral("apiSecret"), secret}});
+                                 {{QStringLiteral("apiKey"), key}, {QStringLiteral("apiSecret"), secret}}, kFixedTestTime);
 }
 
 SocialAccount blueskyAccount(const QString& handle, const QString& password = QStringLiteral("app-pass"))
 {
     return SocialAccount::create(PlatformType::bluesky, handle,
-                                 {{QStringLiteral("handle"), handle}, {QStringLiteral("appPassword"), password}});
+                                 {{QStringLiteral("handle"), handle}, {QStringLiteral("appPassword"), password}},
+                                 kFixedTestTime);
 }
 
 class AccountManagerTest : public ::testing::Test {
@@ -109,7 +111,7 @@ TEST_F(AccountManagerTest, ValidationAndDuplicateMessages)
         {blueskyAccount(u"ada.bsky.social"_qs), u"An account with this handle already exists"_qs},
         {blueskyAccount(u"@Ada.bsky.social"_qs), u"An account with this handle already exists"_qs},
         {blueskyAccount(u"bob.bsky.social"_qs), std::nullopt},
-        {SocialAccount::create(PlatformType::mastodon, u"m"_qs, {}), std::nullopt},
+        {SocialAccount::create(PlatformType::mastodon, u"m"_qs, {}, kFixedTestTime), std::nullopt},
     };
     QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
     int added = 0;

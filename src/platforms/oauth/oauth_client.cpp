@@ -1,5 +1,7 @@
 #include "platforms/oauth/oauth_client.h"
 
+#include "core/clock.h"
+
 #include <QHttpMultiPart>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
@@ -28,9 +30,10 @@ struct LaterDeleter {
 
 } // namespace
 
-OAuthClient::OAuthClient(QNetworkAccessManager& network, OAuthCredential credential)
+OAuthClient::OAuthClient(QNetworkAccessManager& network, OAuthCredential credential, const Clock& clock)
     : m_network(network)
     , m_signer(std::move(credential))
+    , m_clock(clock)
 {
 }
 
@@ -38,7 +41,7 @@ QNetworkRequest OAuthClient::signedRequest(const OAuthRequestParts& request) con
 {
     QNetworkRequest network(request.url);
     network.setTransferTimeout(m_timeoutMs);
-    network.setRawHeader("Authorization", m_signer.sign(request).authorizationHeader);
+    network.setRawHeader("Authorization", m_signer.sign(request, m_clock.now()).authorizationHeader);
     if (!request.contentType.isEmpty() && !request.contentType.startsWith("multipart/"))
         network.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
     return network;

@@ -10,6 +10,7 @@
 
 #include <qcoro/qcorotask.h>
 
+class Clock;
 class QHttpMultiPart;
 class QNetworkAccessManager;
 
@@ -31,7 +32,7 @@ class OAuthClient {
 public:
     static constexpr int kDefaultTimeoutMs = 120000;
 
-    OAuthClient(QNetworkAccessManager& network, OAuthCredential credential);
+    OAuthClient(QNetworkAccessManager& network, OAuthCredential credential, const Clock& clock);
 
     const OAuthCredential& credential() const { return m_signer.credential(); }
     void setCredential(OAuthCredential credential) { m_signer.setCredential(std::move(credential)); }
@@ -50,5 +51,6 @@ private:
 
     QNetworkAccessManager& m_network;
     OAuthSigner m_signer;
+    const Clock& m_clock;
     int m_timeoutMs = kDefaultTimeoutMs;
 };

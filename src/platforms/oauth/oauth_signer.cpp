@@ -44,9 +44,9 @@ OAuthSigner::OAuthSigner(OAuthCredential credential, OAuthSigningOptions options
 {
 }
 
-OAuthSignature OAuthSigner::sign(const OAuthRequestParts& request) const
+OAuthSignature OAuthSigner::sign(const OAuthRequestParts& request, Timestamp now) const
 {
-    return signWith(request, makeNonce(), QDateTime::currentSecsSinceEpoch());
+    return signWith(request, makeNonce(), qint64(now.unixSeconds()));
 }
 
 OAuthSignature OAuthSigner::signWith(const OAuthRequestParts& request, const QByteArray& nonce,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/timestamp.h"
 #include "platforms/oauth/oauth_credential.h"
 
 #include <QByteArray>
@@ -45,8 +46,8 @@ public:
     const OAuthCredential& credential() const { return m_credential; }
     void setCredential(OAuthCredential credential) { m_credential = std::move(credential); }
 
-    // Signs with a fresh nonce and the current time.
-    OAuthSignature sign(const OAuthRequestParts& request) const;
+    // Signs with a fresh nonce at the given time.
+    OAuthSignature sign(const OAuthRequestParts& request, Timestamp now) const;
     // Signs with the given nonce and timestamp (reproducible signatures).
     OAuthSignature signWith(const OAuthRequestParts& request, const QByteArray& nonce, qint64 timestamp) const;
 

@@ -1,5 +1,6 @@
 #include "platforms/x/x_account_connector.h"
 
+#include "core/clock.h"
 #include "core/url_opener.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "platforms/x/x_log.h"
@@ -67,12 +68,14 @@ bool isForToken(const QUrlQuery& query, const QString& requestToken)
 } // namespace
 
 XAccountConnector::XAccountConnector(QNetworkAccessManager& network, OAuthCallbackHub& callbacks,
-                                     AccountManager& accounts, UrlOpener& browser, XHosts hosts, QObject* parent)
+                                     AccountManager& accounts, UrlOpener& browser, const Clock& clock, XHosts hosts,
+                                     QObject* parent)
     : QObject(parent)
     , m_network(network)
     , m_callbacks(callbacks)
     , m_accounts(accounts)
     , m_browser(browser)
+    , m_clock(clock)
     , m_hosts(std::move(hosts))
 {
 }
@@ -143,7 +146,7 @@ QCoro::Task<SocialAccount> XAccountConnector::runBrowserFlow(QString apiKey, QSt
 
 QCoro::Task<XAccountConnector::TokenPair> XAccountConnector::requestToken(const OAuthCredential& consumer)
 {
-    OAuthClient client(m_network, consumer);
+    OAuthClient client(m_network, consumer, m_clock);
     // Built before the co_await: GCC 12 cannot keep a braced list alive across one.
     OAuthParameters callback;
     callback.append({QByteArrayLiteral("oauth_callback"), QByteArray(kCallbackUrl)});
@@ -190,7 +193,7 @@ QCoro::Task<QString> XAccountConnector::waitForVerifier(const QString& requestTo
 
 QCoro::Task<XAccountConnector::TokenPair> XAccountConnector::accessToken(OAuthCredential temporary, QString verifier)
 {
-    OAuthClient client(m_network, std::move(temporary));
+    OAuthClient client(m_network, std::move(temporary), m_clock);
     OAuthParameters verification;
     verification.append({QByteArrayLiteral("oauth_verifier"), verifier.toUtf8()});
     const OAuthAnswer answer =
@@ -203,13 +206,14 @@ QCoro::Task<XAccountConnector::TokenPair> XAccountConnector::accessToken(OAuthCr
 
 QCoro::Task<SocialAccount> XAccountConnector::verifyAndStore(OAuthCredential credential)
 {
-    XService service(m_network, credential, m_hosts);
+    XService service(m_network, credential, m_clock, m_hosts);
     const XUser user = co_await service.verifyCredentials();
     const SocialAccount account = SocialAccount::create(PlatformType::x, user.screenName,
                                                         {{CredentialKeys::apiKey, credential.consumerKey},
                                                          {CredentialKeys::apiSecret, credential.consumerSecret},
                                                          {CredentialKeys::accessToken, credential.oauthToken},
-                                                         {CredentialKeys::accessSecret, credential.oauthTokenSecret}});
+                                                         {CredentialKeys::accessSecret, credential.oauthTokenSecret}},
+                                                        m_clock.now());
     if (const std::optional<QString> refused = m_accounts.addAccount(account))
         throw XError(XError::Kind::accountRejected, *refused);
     qCInfo(lcX).noquote() << u"Connected X account @"_s + user.screenName;

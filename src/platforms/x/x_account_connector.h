@@ -9,6 +9,7 @@
 #include <chrono>
 
 class AccountManager;
+class Clock;
 class OAuthCallbackHub;
 class QNetworkAccessManager;
 class UrlOpener;
@@ -23,7 +24,7 @@ public:
     static constexpr char kCallbackUrl[] = "quillo://oauth";
 
     XAccountConnector(QNetworkAccessManager& network, OAuthCallbackHub& callbacks, AccountManager& accounts,
-                      UrlOpener& browser, XHosts hosts = {}, QObject* parent = nullptr);
+                      UrlOpener& browser, const Clock& clock, XHosts hosts = {}, QObject* parent = nullptr);
 
     void setCallbackTimeout(std::chrono::milliseconds timeout) { m_callbackTimeout = timeout; }
 
@@ -56,5 +57,6 @@ private:
     AccountManager& m_accounts;
     XHosts m_hosts;
     UrlOpener& m_browser;
+    const Clock& m_clock;
     std::chrono::milliseconds m_callbackTimeout{std::chrono::minutes(10)};
 };

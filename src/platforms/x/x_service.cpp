@@ -52,11 +52,11 @@ QByteArray toBytes(const Json& json)
 
 } // namespace
 
-XService::XService(QNetworkAccessManager& network, OAuthCredential credential, XHosts hosts,
+XService::XService(QNetworkAccessManager& network, OAuthCredential credential, const Clock& clock, XHosts hosts,
                    XServiceOptions options, QObject* parent)
     : QObject(parent)
     , m_network(network)
-    , m_client(network, std::move(credential))
+    , m_client(network, std::move(credential), clock)
     , m_hosts(std::move(hosts))
     , m_options(options)
 {

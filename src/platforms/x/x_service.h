@@ -65,7 +65,7 @@ public:
 
     using StateCallback = std::function<void(const XPublishState&)>;
 
-    XService(QNetworkAccessManager& network, OAuthCredential credential, XHosts hosts = {},
+    XService(QNetworkAccessManager& network, OAuthCredential credential, const Clock& clock, XHosts hosts = {},
              XServiceOptions options = {}, QObject* parent = nullptr);
 
     const XHosts& hosts() const { return m_hosts; }
