@@ -49,7 +49,7 @@ int run(const LaunchOptions& options)
     const SystemClock clock;
     EditorConfigInstaller installer(preferences, executablePath(), QDir::homePath(), clock);
 
-    if (options.mode == RunMode::PrintMcpConfig) {
+    if (options.mode == RunMode::printMcpConfig) {
         print(stdout, installer.snippetText(*editor));
         return 0;
     }

@@ -20,12 +20,12 @@ bool parseEditorCommand(const QStringList& arguments, LaunchOptions& options)
     const QString print = QStringLiteral("--print-mcp-config");
     const QString install = QStringLiteral("--install-mcp");
     if (arguments.contains(print)) {
-        options.mode = RunMode::PrintMcpConfig;
+        options.mode = RunMode::printMcpConfig;
         options.editor = valueAfter(arguments, print);
         return true;
     }
     if (arguments.contains(install)) {
-        options.mode = RunMode::InstallMcp;
+        options.mode = RunMode::installMcp;
         options.editor = valueAfter(arguments, install);
         options.configPath = valueAfter(arguments, QStringLiteral("--config"));
         return true;
@@ -43,7 +43,7 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
     options.uiTestResetState = env.contains(QStringLiteral("QUILLO_UI_TEST_RESET_STATE"));
 
     if (arguments.contains(QStringLiteral("--mcp-stdio")) || isOne(env, QStringLiteral("QUILLO_MCP_STDIO"))) {
-        options.mode = RunMode::McpStdio;
+        options.mode = RunMode::mcpStdio;
         return options;
     }
     if (parseEditorCommand(arguments, options))
@@ -53,10 +53,10 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
             options.urls.append(argument);
     }
     if (!options.urls.isEmpty()) {
-        options.mode = RunMode::Forwarder;
+        options.mode = RunMode::forwarder;
         return options;
     }
     const bool headless = arguments.contains(QStringLiteral("--headless")) || !SessionEnvironment::hasDisplay(env);
-    options.mode = headless ? RunMode::Headless : RunMode::Desktop;
+    options.mode = headless ? RunMode::headless : RunMode::desktop;
     return options;
 }

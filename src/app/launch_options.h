@@ -4,19 +4,19 @@
 #include <QStringList>
 
 enum class RunMode {
-    McpStdio,   // MCP server on stdin/stdout, no GUI library touched
-    Forwarder,  // quillo://… arguments handed to the running instance
-    Headless,   // the instance without windows
-    Desktop,    // the instance with tray icon and windows
-    PrintMcpConfig, // --print-mcp-config EDITOR: print the editor's MCP snippet
-    InstallMcp,     // --install-mcp EDITOR [--config PATH]: write it into the editor's file
+    mcpStdio,   // MCP server on stdin/stdout, no GUI library touched
+    forwarder,  // quillo://… arguments handed to the running instance
+    headless,   // the instance without windows
+    desktop,    // the instance with tray icon and windows
+    printMcpConfig, // --print-mcp-config EDITOR: print the editor's MCP snippet
+    installMcp,     // --install-mcp EDITOR [--config PATH]: write it into the editor's file
 };
 
 // How this process was asked to run. Decided once, before any Qt application object
 // exists, from the exact switch forms: an argument must be an element of the list, the
 // MCP variables must be the text "1", the UI test variables need only be present.
 struct LaunchOptions {
-    RunMode mode = RunMode::Desktop;
+    RunMode mode = RunMode::desktop;
     bool mcpDebug = false;
     bool uiTestMode = false;
     bool uiTestResetState = false;

@@ -12,15 +12,15 @@ int main(int argc, char** argv)
 
     const LaunchOptions options = LaunchOptions::parse(arguments, QProcessEnvironment::systemEnvironment());
     switch (options.mode) {
-    case RunMode::McpStdio:
+    case RunMode::mcpStdio:
         return RunModes::runMcpStdio(options);
-    case RunMode::Forwarder:
+    case RunMode::forwarder:
         return RunModes::runForwarder(argc, argv, options);
-    case RunMode::PrintMcpConfig:
-    case RunMode::InstallMcp:
+    case RunMode::printMcpConfig:
+    case RunMode::installMcp:
         return EditorCommandLine::run(options);
-    case RunMode::Headless:
-    case RunMode::Desktop:
+    case RunMode::headless:
+    case RunMode::desktop:
         return RunModes::runInstance(argc, argv, options);
     }
     return 1;

@@ -45,7 +45,7 @@ void QuilloInstance::prepareUiTestMode()
 void QuilloInstance::checkOnboarding()
 {
     // Without windows there is nobody to onboard; UI tests drive the app themselves.
-    const bool suppress = m_options.mode == RunMode::Headless || m_options.uiTestMode;
+    const bool suppress = m_options.mode == RunMode::headless || m_options.uiTestMode;
     qCInfo(lcApp, "🎯 Onboarding check: suppressOnboardingPrompts=%s", suppress ? "true" : "false");
     if (suppress) {
         qCInfo(lcApp).noquote() << "   ❌ Onboarding suppressed";

@@ -66,7 +66,7 @@ void printOutcome(const CommandOutcome& outcome)
 // front, a headless one has nothing to add.
 int handOverToRunningInstance(const AppPaths& paths, const LaunchOptions& options)
 {
-    if (options.mode == RunMode::Headless) {
+    if (options.mode == RunMode::headless) {
         qCInfo(lcApp).noquote() << "Quillo is already running; nothing to start";
         return 0;
     }
@@ -130,16 +130,16 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
             return scheduler.lastSaveSucceeded();
         });
     switch (channel.start()) {
-    case CommandChannelServer::StartResult::Listening:
+    case CommandChannelServer::StartResult::listening:
         break;
-    case CommandChannelServer::StartResult::AlreadyRunning:
+    case CommandChannelServer::StartResult::alreadyRunning:
         return handOverToRunningInstance(paths, options);
-    case CommandChannelServer::StartResult::Failed:
+    case CommandChannelServer::StartResult::failed:
         qCCritical(lcApp).noquote() << "❌ Cannot start the command channel:" << channel.errorString();
         return 1;
     }
 
-    if (options.mode == RunMode::Desktop)
+    if (options.mode == RunMode::desktop)
         qCInfo(lcApp).noquote() << "Windows are not part of this build yet; running without them";
     QuilloInstance instance(paths, options, preferences);
 

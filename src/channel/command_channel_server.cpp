@@ -46,7 +46,7 @@ CommandChannelServer::StartResult CommandChannelServer::start()
 {
     if (!makePrivateDir(m_paths.runtimeDir())) {
         m_error = QStringLiteral("Cannot create the runtime folder ") + m_paths.runtimeDir();
-        return StartResult::Failed;
+        return StartResult::failed;
     }
     m_lock = std::make_unique<QLockFile>(lockFilePath());
     // A live instance may run for weeks: only a dead owner makes the lock stale.
@@ -56,7 +56,7 @@ CommandChannelServer::StartResult CommandChannelServer::start()
         m_error = held ? QStringLiteral("Another Quillo instance is running")
                        : QStringLiteral("Cannot take the instance lock ") + lockFilePath();
         m_lock.reset();
-        return held ? StartResult::AlreadyRunning : StartResult::Failed;
+        return held ? StartResult::alreadyRunning : StartResult::failed;
     }
 
     // We hold the lock, so a socket file left behind belongs to a dead instance.
@@ -66,11 +66,11 @@ CommandChannelServer::StartResult CommandChannelServer::start()
     if (!m_server->listen(m_paths.socketPath())) {
         m_error = QStringLiteral("Cannot listen on ") + m_paths.socketPath() + QStringLiteral(": ")
             + m_server->errorString();
-        return StartResult::Failed;
+        return StartResult::failed;
     }
     connect(m_server, &QLocalServer::newConnection, this, &CommandChannelServer::acceptConnections);
     qCInfo(lcChannel).noquote() << "Command channel listening on" << m_paths.socketPath();
-    return StartResult::Listening;
+    return StartResult::listening;
 }
 
 void CommandChannelServer::acceptConnections()

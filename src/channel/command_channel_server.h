@@ -33,7 +33,7 @@ public:
     // Blocks until what earlier commands changed is stored (answers sync requests);
     // false when storing it failed.
     using Settle = std::function<bool()>;
-    enum class StartResult { Listening, AlreadyRunning, Failed };
+    enum class StartResult { listening, alreadyRunning, failed };
 
     static constexpr std::chrono::milliseconds kPartialFrameTimeout{10000};
     static constexpr std::size_t kMaxQueuedCommands = 1024;

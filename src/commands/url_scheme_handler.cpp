@@ -91,10 +91,10 @@ QString URLSchemeHandler::expectedScheme()
 std::optional<URLSchemeHandler::Action> URLSchemeHandler::actionForHost(const QString& host)
 {
     static const QMap<QString, Action> actions{
-        {QStringLiteral("compose"), Action::Compose},   {QStringLiteral("schedule"), Action::Schedule},
-        {QStringLiteral("calendar"), Action::Calendar}, {QStringLiteral("settings"), Action::Settings},
-        {QStringLiteral("license"), Action::License},   {QStringLiteral("open"), Action::Open},
-        {QStringLiteral("accounts"), Action::Accounts}, {QStringLiteral("scheduled"), Action::Scheduled},
+        {QStringLiteral("compose"), Action::compose},   {QStringLiteral("schedule"), Action::schedule},
+        {QStringLiteral("calendar"), Action::calendar}, {QStringLiteral("settings"), Action::settings},
+        {QStringLiteral("license"), Action::license},   {QStringLiteral("open"), Action::open},
+        {QStringLiteral("accounts"), Action::accounts}, {QStringLiteral("scheduled"), Action::scheduled},
     };
     const auto found = actions.constFind(host);
     if (found == actions.cend())
@@ -105,14 +105,14 @@ std::optional<URLSchemeHandler::Action> URLSchemeHandler::actionForHost(const QS
 QString URLSchemeHandler::actionName(Action action)
 {
     switch (action) {
-    case Action::Compose: return QStringLiteral("compose");
-    case Action::Schedule: return QStringLiteral("schedule");
-    case Action::Calendar: return QStringLiteral("calendar");
-    case Action::Settings: return QStringLiteral("settings");
-    case Action::License: return QStringLiteral("license");
-    case Action::Open: return QStringLiteral("open");
-    case Action::Accounts: return QStringLiteral("accounts");
-    case Action::Scheduled: return QStringLiteral("scheduled");
+    case Action::compose: return QStringLiteral("compose");
+    case Action::schedule: return QStringLiteral("schedule");
+    case Action::calendar: return QStringLiteral("calendar");
+    case Action::settings: return QStringLiteral("settings");
+    case Action::license: return QStringLiteral("license");
+    case Action::open: return QStringLiteral("open");
+    case Action::accounts: return QStringLiteral("accounts");
+    case Action::scheduled: return QStringLiteral("scheduled");
     }
     return {};
 }
@@ -151,14 +151,14 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::handle(QUrl url)
 QCoro::Task<CommandOutcome> URLSchemeHandler::run(Action action, CommandParams params)
 {
     switch (action) {
-    case Action::Compose: co_return co_await compose(params);
-    case Action::Schedule: co_return co_await schedule(params);
-    case Action::Calendar: co_return openCalendar(params);
-    case Action::Settings: co_return settings(params);
-    case Action::License: co_return openLicense(params);
-    case Action::Open: co_return activate();
-    case Action::Accounts: co_return AccountCommands(m_accounts, m_events).run(params);
-    case Action::Scheduled: co_return co_await scheduled(params);
+    case Action::compose: co_return co_await compose(params);
+    case Action::schedule: co_return co_await schedule(params);
+    case Action::calendar: co_return openCalendar(params);
+    case Action::settings: co_return settings(params);
+    case Action::license: co_return openLicense(params);
+    case Action::open: co_return activate();
+    case Action::accounts: co_return AccountCommands(m_accounts, m_events).run(params);
+    case Action::scheduled: co_return co_await scheduled(params);
     }
     co_return CommandOutcome::failure(QStringLiteral("Unknown action"));
 }

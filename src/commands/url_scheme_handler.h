@@ -26,7 +26,7 @@ class SchedulerService;
 class URLSchemeHandler : public QObject {
     Q_OBJECT
 public:
-    enum class Action { Compose, Schedule, Calendar, Settings, License, Open, Accounts, Scheduled };
+    enum class Action { compose, schedule, calendar, settings, license, open, accounts, scheduled };
 
     URLSchemeHandler(AppEvents& events, SchedulerService& scheduler, AccountManager& accounts, MediaImporter& media,
                      const Clock& clock, QObject* parent = nullptr);

@@ -8,7 +8,7 @@
 
 class PreferenceStore;
 
-enum class PreferenceType { Bool, String, Double, Integer, Data, Date, StringList };
+enum class PreferenceType { boolean, string, real, integer, data, date, stringList };
 
 // One entry of the key table. An invalid defaultValue means the key has no default
 // and stays absent until something stores it.

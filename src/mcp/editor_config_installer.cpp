@@ -71,13 +71,13 @@ Json EditorConfigInstaller::serverEntry(const MCPEditor& editor) const
 {
     const std::string command = m_executable.toStdString();
     switch (editor.kind) {
-    case MCPEditor::Kind::Cursor:
+    case MCPEditor::Kind::cursor:
         return {{"command", command}, {"args", {"--mcp-stdio"}}};
-    case MCPEditor::Kind::Windsurf:
+    case MCPEditor::Kind::windsurf:
         return {{"command", command}, {"args", {"--mcp-stdio"}}, {"env", Json::object()}};
-    case MCPEditor::Kind::Zed:
+    case MCPEditor::Kind::zed:
         return {{"source", "custom"}, {"command", command}, {"args", {"--mcp-stdio"}}, {"env", Json::object()}};
-    case MCPEditor::Kind::OpenCode:
+    case MCPEditor::Kind::openCode:
         return {{"type", "local"}, {"command", {command, "--mcp-stdio"}}, {"enabled", true}};
     }
     return Json::object();
@@ -86,7 +86,7 @@ Json EditorConfigInstaller::serverEntry(const MCPEditor& editor) const
 Json EditorConfigInstaller::snippet(const MCPEditor& editor) const
 {
     Json root = Json::object();
-    if (editor.kind == MCPEditor::Kind::OpenCode)
+    if (editor.kind == MCPEditor::Kind::openCode)
         root["$schema"] = kOpenCodeSchema;
     root[editor.serversKey] = {{kEntryName, serverEntry(editor)}};
     return root;
@@ -106,10 +106,10 @@ QStringList EditorConfigInstaller::expectedFolders(const MCPEditor& editor) cons
 {
     const QString userFolder = QFileInfo(defaultFile(editor)).absolutePath();
     switch (editor.kind) {
-    case MCPEditor::Kind::Cursor: return {userFolder, QStringLiteral("<project>/.cursor")};
-    case MCPEditor::Kind::Zed: return {userFolder, QStringLiteral("<project>/.zed")};
-    case MCPEditor::Kind::Windsurf: return {userFolder};
-    case MCPEditor::Kind::OpenCode: return {userFolder, QStringLiteral("<project>")};
+    case MCPEditor::Kind::cursor: return {userFolder, QStringLiteral("<project>/.cursor")};
+    case MCPEditor::Kind::zed: return {userFolder, QStringLiteral("<project>/.zed")};
+    case MCPEditor::Kind::windsurf: return {userFolder};
+    case MCPEditor::Kind::openCode: return {userFolder, QStringLiteral("<project>")};
     }
     return {userFolder};
 }
@@ -124,10 +124,10 @@ bool EditorConfigInstaller::isSupportedLocation(const MCPEditor& editor, const Q
         return true;
     const QString folder = info.absoluteDir().dirName();
     switch (editor.kind) {
-    case MCPEditor::Kind::Cursor: return folder == QStringLiteral(".cursor");
-    case MCPEditor::Kind::Zed: return folder == QStringLiteral(".zed");
-    case MCPEditor::Kind::Windsurf: return false;
-    case MCPEditor::Kind::OpenCode: return true;
+    case MCPEditor::Kind::cursor: return folder == QStringLiteral(".cursor");
+    case MCPEditor::Kind::zed: return folder == QStringLiteral(".zed");
+    case MCPEditor::Kind::windsurf: return false;
+    case MCPEditor::Kind::openCode: return true;
     }
     return false;
 }

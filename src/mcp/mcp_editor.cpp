@@ -12,13 +12,13 @@ QString MCPEditor::defaultFileName() const
 std::span<const MCPEditor> MCPEditor::all()
 {
     static const std::vector<MCPEditor> editors = {
-        {Kind::Cursor, QStringLiteral("editor-cursor"), QStringLiteral("cursor"), QStringLiteral("Cursor"),
+        {Kind::cursor, QStringLiteral("editor-cursor"), QStringLiteral("cursor"), QStringLiteral("Cursor"),
          QStringLiteral(".cursor/mcp.json"), "mcpServers"},
-        {Kind::Zed, QStringLiteral("editor-zed"), QStringLiteral("zed"), QStringLiteral("Zed"),
+        {Kind::zed, QStringLiteral("editor-zed"), QStringLiteral("zed"), QStringLiteral("Zed"),
          QStringLiteral(".config/zed/settings.json"), "context_servers"},
-        {Kind::Windsurf, QStringLiteral("editor-windsurf"), QStringLiteral("windsurf"), QStringLiteral("Windsurf"),
+        {Kind::windsurf, QStringLiteral("editor-windsurf"), QStringLiteral("windsurf"), QStringLiteral("Windsurf"),
          QStringLiteral(".codeium/windsurf/mcp_config.json"), "mcpServers"},
-        {Kind::OpenCode, QStringLiteral("editor-opencode"), QStringLiteral("opencode"), QStringLiteral("OpenCode"),
+        {Kind::openCode, QStringLiteral("editor-opencode"), QStringLiteral("opencode"), QStringLiteral("OpenCode"),
          QStringLiteral(".config/opencode/opencode.json"), "mcp"},
     };
     return editors;

@@ -7,7 +7,7 @@
 
 // The AI editors whose configuration files can receive Quillo's MCP server entry.
 struct MCPEditor {
-    enum class Kind { Cursor, Zed, Windsurf, OpenCode };
+    enum class Kind { cursor, zed, windsurf, openCode };
 
     Kind kind;
     QString identifier;   // "editor-cursor"; also the suffix of its remembered-file key

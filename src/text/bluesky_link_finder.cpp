@@ -41,7 +41,7 @@ bool isIn(char32_t cp, std::string_view set)
 // A path segment's characters: word characters of any script and URL punctuation.
 bool isSegmentCharacter(char32_t cp)
 {
-    return CodePointTable::has(cp, CodePointTable::WordCharacter) || isIn(cp, "-.~!$&'()*+,;=:@%");
+    return CodePointTable::has(cp, CodePointTable::wordCharacter) || isIn(cp, "-.~!$&'()*+,;=:@%");
 }
 
 bool isPathCharacter(char32_t cp)

@@ -20,7 +20,7 @@ bool inRange(char32_t cp, char32_t first, char32_t last)
 // Whether a code point is a cluster of its own whatever stands around it: no mark, joiner,
 // selector, format character, Hangul jamo, regional indicator, skin tone or prepended
 // sign, and nothing unassigned (whose handling depends on the script around it).
-bool standsAlone(char32_t cp)
+bool isStandAlone(char32_t cp)
 {
     if (cp < 0x300)
         return cp != u'\r';
@@ -47,7 +47,7 @@ bool standsAlone(char32_t cp)
 // follows: not after a prepended sign, a format character (the zero-width joiner among
 // them), a leading Hangul jamo, a carriage return, or a virama that joins an Indic
 // conjunct. Answering false where unsure only sends more text to the slow path.
-bool mayEndCluster(char32_t cp)
+bool canEndCluster(char32_t cp)
 {
     if (cp < 0x300)
         return cp != u'\r';
@@ -98,21 +98,21 @@ std::uint16_t computeFlags(char32_t cp, bool pictographic, bool composesBackward
             flags |= flag;
     };
     const QChar::Category category = QChar::category(cp);
-    set(standsAlone(cp), CodePointTable::StandsAlone);
-    set(mayEndCluster(cp), CodePointTable::MayEndCluster);
-    set(extendsEverywhere(cp), CodePointTable::Extends);
-    set(cp == 0x200D, CodePointTable::ZeroWidthJoiner);
-    set(inRange(cp, 0x1F1E6, 0x1F1FF), CodePointTable::RegionalIndicator);
-    set(pictographic, CodePointTable::Pictographic);
+    set(isStandAlone(cp), CodePointTable::standsAlone);
+    set(canEndCluster(cp), CodePointTable::mayEndCluster);
+    set(extendsEverywhere(cp), CodePointTable::extends);
+    set(cp == 0x200D, CodePointTable::zeroWidthJoiner);
+    set(inRange(cp, 0x1F1E6, 0x1F1FF), CodePointTable::regionalIndicator);
+    set(pictographic, CodePointTable::pictographic);
     // Format characters are controls, but for the joiners and the tags, which extend.
     set((category == QChar::Other_Control || category == QChar::Separator_Line || category == QChar::Separator_Paragraph
          || category == QChar::Other_Format)
             && cp != 0x200C && cp != 0x200D && !extendsEverywhere(cp),
-        CodePointTable::Control);
-    set(isLetterOrNumber(category) || cp == u'_', CodePointTable::WordCharacter);
+        CodePointTable::control);
+    set(isLetterOrNumber(category) || cp == u'_', CodePointTable::wordCharacter);
     set(isLetterOrNumber(category) || isMark(category) || category == QChar::Symbol_Other || cp == u'_'
             || cp == u'-',
-        CodePointTable::LinkLabel);
+        CodePointTable::linkLabel);
 
     const bool composes = QChar::combiningClass(cp) != 0 || composesBackward;
     bool stable = !composes;
@@ -122,7 +122,7 @@ std::uint16_t computeFlags(char32_t cp, bool pictographic, bool composesBackward
         const QString alone = QString::fromUcs4(&cp, 1);
         stable = alone.normalized(QString::NormalizationForm_C) == alone;
     }
-    set(stable, CodePointTable::NfcStable);
+    set(stable, CodePointTable::nfcStable);
     return flags;
 }
 } // namespace

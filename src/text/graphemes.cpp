@@ -26,10 +26,10 @@ class ClusterState {
 public:
     void start(std::uint16_t flags)
     {
-        m_control = flags & Table::Control;
-        m_inEmoji = flags & Table::Pictographic;
+        m_control = flags & Table::control;
+        m_inEmoji = flags & Table::pictographic;
         m_afterEmojiJoiner = false;
-        m_unpairedIndicator = flags & Table::RegionalIndicator;
+        m_unpairedIndicator = flags & Table::regionalIndicator;
     }
 
     // Whether the code point joins the cluster: nothing joins a control character, marks
@@ -39,21 +39,21 @@ public:
     {
         if (m_control)
             return false;
-        if (flags & Table::Extends) {
+        if (flags & Table::extends) {
             m_inEmoji = m_inEmoji && !m_afterEmojiJoiner;
             m_afterEmojiJoiner = m_unpairedIndicator = false;
             return true;
         }
-        if (flags & Table::ZeroWidthJoiner) {
+        if (flags & Table::zeroWidthJoiner) {
             m_afterEmojiJoiner = m_inEmoji;
             m_inEmoji = m_unpairedIndicator = false;
             return true;
         }
-        if ((flags & Table::RegionalIndicator) && m_unpairedIndicator) {
+        if ((flags & Table::regionalIndicator) && m_unpairedIndicator) {
             m_unpairedIndicator = false;
             return true;
         }
-        if ((flags & Table::Pictographic) && m_afterEmojiJoiner) {
+        if ((flags & Table::pictographic) && m_afterEmojiJoiner) {
             m_inEmoji = true;
             m_afterEmojiJoiner = false;
             return true;
@@ -127,8 +127,8 @@ public:
 
 private:
     static constexpr std::uint16_t RuleFlags =
-        Table::StandsAlone | Table::Extends | Table::ZeroWidthJoiner | Table::RegionalIndicator;
-    static constexpr std::uint16_t PlainFlags = Table::StandsAlone | Table::MayEndCluster;
+        Table::standsAlone | Table::extends | Table::zeroWidthJoiner | Table::regionalIndicator;
+    static constexpr std::uint16_t PlainFlags = Table::standsAlone | Table::mayEndCluster;
 
     // A code unit that is a code point of its own, stands alone and may end a cluster.
     bool isPlain(QChar unit) const
@@ -141,14 +141,14 @@ private:
 
     void add(qsizetype at, std::uint16_t flags)
     {
-        if (m_pieceCodePoints > 0 && m_previousMayEnd && (flags & Table::StandsAlone)) {
+        if (m_pieceCodePoints > 0 && m_previousMayEnd && (flags & Table::standsAlone)) {
             closePiece(at);
             openPiece(at, flags);
             return;
         }
         ++m_pieceCodePoints;
         m_pieceFollowsRules = m_pieceFollowsRules && (flags & RuleFlags);
-        m_previousMayEnd = flags & Table::MayEndCluster;
+        m_previousMayEnd = flags & Table::mayEndCluster;
     }
 
     void openPiece(qsizetype at, std::uint16_t flags)
@@ -156,7 +156,7 @@ private:
         m_pieceStart = at;
         m_pieceCodePoints = 1;
         m_pieceFollowsRules = flags & RuleFlags;
-        m_previousMayEnd = flags & Table::MayEndCluster;
+        m_previousMayEnd = flags & Table::mayEndCluster;
     }
 
     void closePiece(qsizetype end)

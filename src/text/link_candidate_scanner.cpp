@@ -17,7 +17,7 @@ bool isAsciiDigit(QChar c)
 
 bool isLabelCharacter(char32_t cp)
 {
-    return CodePointTable::has(cp, CodePointTable::LinkLabel);
+    return CodePointTable::has(cp, CodePointTable::linkLabel);
 }
 
 bool endsLabelRun(QStringView text, qsizetype at)
@@ -55,7 +55,7 @@ std::optional<LinkCandidateScanner::Candidate> candidateAt(QStringView text, qsi
     LinkCandidateScanner::Candidate found;
     found.start = start;
     const qsizetype prefix = schemeLength(text, start);
-    if (prefix == 0 && scheme == UrlFinder::Scheme::Required)
+    if (prefix == 0 && scheme == UrlFinder::Scheme::required)
         return std::nullopt;
     found.hasScheme = prefix > 0;
     found.hostStart = start + prefix;

@@ -15,7 +15,7 @@
 namespace {
 bool isWordCharacter(char32_t cp)
 {
-    return CodePointTable::has(cp, CodePointTable::WordCharacter);
+    return CodePointTable::has(cp, CodePointTable::wordCharacter);
 }
 
 // Letters of a user name match in either case, which takes in the Kelvin sign and the long s.
@@ -92,7 +92,7 @@ using Entities = QVarLengthArray<Entity, 8>;
 Entities entities(QStringView text)
 {
     Entities found;
-    for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::Required))
+    for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::required))
         found.append({link.start, link.end(), QStringView()});
     for (const TextTokens::Token& token : TextTokens::containing(text, u'@')) {
         for (qsizetype at = token.text.indexOf(u'@'); at != -1;) {
@@ -118,9 +118,9 @@ bool joinsNeighbours(QStringView text, const Entity& entity)
 {
     const bool joinsBefore =
         entity.start > 0
-        && !CodePointTable::has(Graphemes::codePointBefore(text, entity.start), CodePointTable::MayEndCluster);
+        && !CodePointTable::has(Graphemes::codePointBefore(text, entity.start), CodePointTable::mayEndCluster);
     const bool joinsAfter = entity.end < text.size()
-                            && !CodePointTable::has(Graphemes::codePointAt(text, entity.end), CodePointTable::StandsAlone);
+                            && !CodePointTable::has(Graphemes::codePointAt(text, entity.end), CodePointTable::standsAlone);
     return joinsBefore || joinsAfter;
 }
 

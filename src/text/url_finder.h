@@ -17,8 +17,8 @@ public:
     };
 
     enum class Scheme {
-        Required, // only http:// and https:// links (Mastodon)
-        Optional, // bare domains such as example.com too (X)
+        required, // only http:// and https:// links (Mastodon)
+        optional, // bare domains such as example.com too (X)
     };
 
     static QList<Range> find(QStringView text, Scheme scheme);

@@ -11,7 +11,7 @@ constexpr qsizetype EmojiWeight = 2;
 
 bool isPictographic(char32_t cp)
 {
-    return CodePointTable::has(cp, CodePointTable::Pictographic);
+    return CodePointTable::has(cp, CodePointTable::pictographic);
 }
 
 bool isRegionalIndicator(char32_t cp)
@@ -90,7 +90,7 @@ qsizetype plainRunEnd(QStringView text, qsizetype at, qsizetype stop, qsizetype&
             ++weight;
             continue;
         }
-        if (QChar::isSurrogate(unit) || (table.flagsOf(unit) & CodePointTable::Pictographic))
+        if (QChar::isSurrogate(unit) || (table.flagsOf(unit) & CodePointTable::pictographic))
             break;
         weight += weightOf(unit);
     }
@@ -103,7 +103,7 @@ qsizetype plainRunEnd(QStringView text, qsizetype at, qsizetype stop, qsizetype&
 QStringView normalizedForm(QStringView text, QString& storage)
 {
     const CodePointTable& table = CodePointTable::instance();
-    const auto isStable = [&table](char32_t cp) { return cp < 0x300 || (table.flagsOf(cp) & CodePointTable::NfcStable); };
+    const auto isStable = [&table](char32_t cp) { return cp < 0x300 || (table.flagsOf(cp) & CodePointTable::nfcStable); };
     qsizetype copied = 0;
     qsizetype segmentStart = 0;
     for (qsizetype i = 0; i < text.size();) {
@@ -137,7 +137,7 @@ qsizetype XCharacterCounter::weightedLength(QStringView text)
 {
     QString storage;
     const QStringView normalized = normalizedForm(text, storage);
-    const QList<UrlFinder::Range> links = UrlFinder::find(normalized, UrlFinder::Scheme::Optional);
+    const QList<UrlFinder::Range> links = UrlFinder::find(normalized, UrlFinder::Scheme::optional);
 
     const CodePointTable& table = CodePointTable::instance();
     qsizetype length = 0;
@@ -156,7 +156,7 @@ qsizetype XCharacterCounter::weightedLength(QStringView text)
             continue;
         }
         const char32_t cp = Graphemes::codePointAt(normalized, i);
-        const bool mayStartEmoji = (table.flagsOf(cp) & (CodePointTable::Pictographic | CodePointTable::RegionalIndicator))
+        const bool mayStartEmoji = (table.flagsOf(cp) & (CodePointTable::pictographic | CodePointTable::regionalIndicator))
                                    || (cp >= u'#' && cp <= u'9');
         const qsizetype emojiEnd = mayStartEmoji ? emojiSequenceEnd(normalized, i) : -1;
         if (emojiEnd > i) {

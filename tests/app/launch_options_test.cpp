@@ -33,20 +33,20 @@ struct ModeCase {
 TEST(LaunchOptions, SwitchesCountOnlyInTheirExactForm)
 {
     const std::vector<ModeCase> cases = {
-        {"argument", args({"--mcp-stdio"}), env({}), RunMode::McpStdio, false},
-        {"variable one", {}, env({{"QUILLO_MCP_STDIO", "1"}}), RunMode::McpStdio, false},
-        {"variable true is off", {}, env({{"QUILLO_MCP_STDIO", "true"}}), RunMode::Desktop, false},
-        {"variable with space is off", {}, env({{"QUILLO_MCP_STDIO", "1 "}}), RunMode::Desktop, false},
-        {"argument must be whole", args({"--mcp-stdio=1"}), env({}), RunMode::Desktop, false},
-        {"debug by argument", args({"--mcp-stdio", "--mcp-debug"}), env({}), RunMode::McpStdio, true},
-        {"debug by variable", args({"--mcp-stdio"}), env({{"QUILLO_MCP_DEBUG", "1"}}), RunMode::McpStdio, true},
-        {"debug variable other value", args({"--mcp-stdio"}), env({{"QUILLO_MCP_DEBUG", "yes"}}), RunMode::McpStdio, false},
-        {"debug alone stays desktop", args({"--mcp-debug"}), env({}), RunMode::Desktop, true},
-        {"mcp wins over urls", args({"--mcp-stdio", "quillo://open"}), env({}), RunMode::McpStdio, false},
-        {"urls forward", args({"quillo://open"}), env({}), RunMode::Forwarder, false},
-        {"headless flag", args({"--headless"}), env({}), RunMode::Headless, false},
-        {"no display", {}, env({}, false), RunMode::Headless, false},
-        {"wayland display", {}, env({{"WAYLAND_DISPLAY", "wayland-0"}}, false), RunMode::Desktop, false},
+        {"argument", args({"--mcp-stdio"}), env({}), RunMode::mcpStdio, false},
+        {"variable one", {}, env({{"QUILLO_MCP_STDIO", "1"}}), RunMode::mcpStdio, false},
+        {"variable true is off", {}, env({{"QUILLO_MCP_STDIO", "true"}}), RunMode::desktop, false},
+        {"variable with space is off", {}, env({{"QUILLO_MCP_STDIO", "1 "}}), RunMode::desktop, false},
+        {"argument must be whole", args({"--mcp-stdio=1"}), env({}), RunMode::desktop, false},
+        {"debug by argument", args({"--mcp-stdio", "--mcp-debug"}), env({}), RunMode::mcpStdio, true},
+        {"debug by variable", args({"--mcp-stdio"}), env({{"QUILLO_MCP_DEBUG", "1"}}), RunMode::mcpStdio, true},
+        {"debug variable other value", args({"--mcp-stdio"}), env({{"QUILLO_MCP_DEBUG", "yes"}}), RunMode::mcpStdio, false},
+        {"debug alone stays desktop", args({"--mcp-debug"}), env({}), RunMode::desktop, true},
+        {"mcp wins over urls", args({"--mcp-stdio", "quillo://open"}), env({}), RunMode::mcpStdio, false},
+        {"urls forward", args({"quillo://open"}), env({}), RunMode::forwarder, false},
+        {"headless flag", args({"--headless"}), env({}), RunMode::headless, false},
+        {"no display", {}, env({}, false), RunMode::headless, false},
+        {"wayland display", {}, env({{"WAYLAND_DISPLAY", "wayland-0"}}, false), RunMode::desktop, false},
     };
     for (const ModeCase& c : cases) {
         const LaunchOptions options = LaunchOptions::parse(c.arguments, c.environment);

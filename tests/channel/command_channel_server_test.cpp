@@ -30,11 +30,11 @@ TEST(CommandChannelServer, RunsCommandsOneAtATimeInArrivalOrder)
         --running;
         co_return CommandOutcome::success(url);
     });
-    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::Listening);
+    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::listening);
 
     // A second server on the same paths finds the first one holding the lock.
     CommandChannelServer second(home.paths(), [](QString) -> QCoro::Task<CommandOutcome> { co_return {}; });
-    EXPECT_EQ(second.start(), CommandChannelServer::StartResult::AlreadyRunning);
+    EXPECT_EQ(second.start(), CommandChannelServer::StartResult::alreadyRunning);
 
     QSignalSpy finished(&server, &CommandChannelServer::commandFinished);
     std::vector<std::unique_ptr<QLocalSocket>> clients;
@@ -86,7 +86,7 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
             events << u"settled"_qs;
             return saved;
         });
-    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::Listening);
+    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::listening);
 
     QLocalSocket command;
     QLocalSocket sync;

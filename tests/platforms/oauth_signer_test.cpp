@@ -200,7 +200,7 @@ TEST(OAuthSigner, keyKeepsTheAmpersandAndNoncesAreFresh)
 {
     OAuthSigner plain(credential("k", "c s", "", ""));
     OAuthCredential c = credential("k", "c s", "", "");
-    c.signatureMethod = OAuthSignatureMethod::Plaintext;
+    c.signatureMethod = OAuthSignatureMethod::plaintext;
     EXPECT_EQ(OAuthSigner(c).signWith(request("POST", "https://x/"), "n", 1).signature, "c%20s&");
 
     const QByteArray a = OAuthSigner::makeNonce();

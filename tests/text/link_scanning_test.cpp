@@ -37,7 +37,7 @@ QRegularExpression linkPattern(UrlFinder::Scheme scheme)
     const QString label = uR"([\p{L}\p{N}\p{M}\p{So}_\-])"_s;
     const QString rest = uR"([a-z0-9\x{00C0}-\x{024F}\x{0300}-\x{036F}\x{0400}-\x{04FF}\x{1E00}-\x{1EFF})"
                          uR"(!*';:=+,.$/%#\[\]\-\x{2013}_~&|@()?])"_s;
-    const QString schemePart = scheme == UrlFinder::Scheme::Required ? u"(https?://)"_s : u"(https?://)?"_s;
+    const QString schemePart = scheme == UrlFinder::Scheme::required ? u"(https?://)"_s : u"(https?://)?"_s;
     return QRegularExpression(u"(?<!"_s + label + u")"_s + schemePart + u"((?:"_s + label + u"++\\.)+"_s + label
                                   + u"++)(:[0-9]{1,5})?([/?#]"_s + rest + u"*+)?"_s,
                               QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
@@ -45,9 +45,9 @@ QRegularExpression linkPattern(UrlFinder::Scheme scheme)
 
 LinkCandidateScanner::Candidates referenceCandidates(const QString& word, UrlFinder::Scheme scheme)
 {
-    static const QRegularExpression optional = linkPattern(UrlFinder::Scheme::Optional);
-    static const QRegularExpression required = linkPattern(UrlFinder::Scheme::Required);
-    const QRegularExpression& pattern = scheme == UrlFinder::Scheme::Required ? required : optional;
+    static const QRegularExpression optional = linkPattern(UrlFinder::Scheme::optional);
+    static const QRegularExpression required = linkPattern(UrlFinder::Scheme::required);
+    const QRegularExpression& pattern = scheme == UrlFinder::Scheme::required ? required : optional;
     LinkCandidateScanner::Candidates found;
     for (auto matches = pattern.globalMatch(word); matches.hasNext();) {
         const QRegularExpressionMatch match = matches.next();
@@ -67,9 +67,9 @@ TEST(LinkScanningTest, CandidatesMatchTheLinkPattern)
                       u"\u00A0"_s, u".com"_s, u"a.b"_s, u".-"_s});
     for (int round = 0; round < Rounds; ++round) {
         const QString word = words.next(14);
-        for (const auto scheme : {UrlFinder::Scheme::Optional, UrlFinder::Scheme::Required}) {
+        for (const auto scheme : {UrlFinder::Scheme::optional, UrlFinder::Scheme::required}) {
             ASSERT_EQ(LinkCandidateScanner::scan(word, scheme), referenceCandidates(word, scheme))
-                << qPrintable(escaped(word)) << (scheme == UrlFinder::Scheme::Required ? " (scheme required)" : "");
+                << qPrintable(escaped(word)) << (scheme == UrlFinder::Scheme::required ? " (scheme required)" : "");
         }
     }
 }

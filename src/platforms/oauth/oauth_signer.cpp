@@ -21,11 +21,11 @@ QByteArray utf8(const QString& text)
 QByteArray signatureMethodName(OAuthSignatureMethod method)
 {
     switch (method) {
-    case OAuthSignatureMethod::HmacSha1:
+    case OAuthSignatureMethod::hmacSha1:
         return QByteArrayLiteral("HMAC-SHA1");
-    case OAuthSignatureMethod::RsaSha1:
+    case OAuthSignatureMethod::rsaSha1:
         return QByteArrayLiteral("RSA-SHA1");
-    case OAuthSignatureMethod::Plaintext:
+    case OAuthSignatureMethod::plaintext:
         return QByteArrayLiteral("PLAINTEXT");
     }
     return {};
@@ -103,11 +103,11 @@ QByteArray OAuthSigner::signingKey() const
 QByteArray OAuthSigner::computeSignature(const QByteArray& base) const
 {
     switch (m_credential.signatureMethod) {
-    case OAuthSignatureMethod::HmacSha1:
+    case OAuthSignatureMethod::hmacSha1:
         return QMessageAuthenticationCode::hash(base, signingKey(), QCryptographicHash::Sha1).toBase64();
-    case OAuthSignatureMethod::Plaintext:
+    case OAuthSignatureMethod::plaintext:
         return signingKey();
-    case OAuthSignatureMethod::RsaSha1:
+    case OAuthSignatureMethod::rsaSha1:
         break;
     }
     throw std::invalid_argument("RSA-SHA1 signing needs a private key, which this signer does not hold");
