@@ -12,18 +12,16 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 // Words of several scripts, emoji sequences, links and mentions, in a fixed rotation.
 const QStringList& words()
 {
     static const QStringList list = {
-        u"the"_s, u"quick"_s, u"brown"_s, u"fox"_s, u"jumps"_s, u"über"_s, u"naïve"_s,
-        u"Привет"_s, u"мир"_s, u"Καλημέρα"_s, u"κόσμε"_s, u"日本語の"_s, u"テキスト"_s,
-        u"中文文本"_s, u"한국어"_s, u"مرحبا"_s, u"שלום"_s, u"हिन्दी"_s,
-        u"\U0001F600"_s, u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s, u"\U0001F44D\U0001F3FD"_s,
-        u"\U0001F1EB\U0001F1F7"_s, u"https://example.com/some/path?q=1"_s, u"@alice@example.social"_s,
-        u"e\u0301te\u0301"_s, u"line\n"_s,
+        QStringLiteral("the"), QStringLiteral("quick"), QStringLiteral("brown"), QStringLiteral("fox"), QStringLiteral("jumps"), QStringLiteral("über"), QStringLiteral("naïve"),
+        QStringLiteral("Привет"), QStringLiteral("мир"), QStringLiteral("Καλημέρα"), QStringLiteral("κόσμε"), QStringLiteral("日本語の"), QStringLiteral("テキスト"),
+        QStringLiteral("中文文本"), QStringLiteral("한국어"), QStringLiteral("مرحبا"), QStringLiteral("שלום"), QStringLiteral("हिन्दी"),
+        QStringLiteral("\U0001F600"), QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467"), QStringLiteral("\U0001F44D\U0001F3FD"),
+        QStringLiteral("\U0001F1EB\U0001F1F7"), QStringLiteral("https://example.com/some/path?q=1"), QStringLiteral("@alice@example.social"),
+        QStringLiteral("e\u0301te\u0301"), QStringLiteral("line\n"),
     };
     return list;
 }
@@ -32,9 +30,9 @@ const QStringList& words()
 const QStringList& latinWords()
 {
     static const QStringList list = {
-        u"Shipping"_s, u"the"_s, u"new"_s, u"release"_s, u"today,"_s, u"with"_s, u"faster"_s, u"exports"_s,
-        u"and"_s, u"fewer"_s, u"crashes."_s, u"Thanks"_s, u"@alice@example.social"_s, u"for"_s, u"testing!"_s,
-        u"Notes:"_s, u"https://example.com/blog/release-notes"_s, u"\U0001F680"_s, u"café"_s, u"déjà"_s, u"vu."_s,
+        QStringLiteral("Shipping"), QStringLiteral("the"), QStringLiteral("new"), QStringLiteral("release"), QStringLiteral("today,"), QStringLiteral("with"), QStringLiteral("faster"), QStringLiteral("exports"),
+        QStringLiteral("and"), QStringLiteral("fewer"), QStringLiteral("crashes."), QStringLiteral("Thanks"), QStringLiteral("@alice@example.social"), QStringLiteral("for"), QStringLiteral("testing!"),
+        QStringLiteral("Notes:"), QStringLiteral("https://example.com/blog/release-notes"), QStringLiteral("\U0001F680"), QStringLiteral("café"), QStringLiteral("déjà"), QStringLiteral("vu."),
     };
     return list;
 }

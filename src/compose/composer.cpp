@@ -12,10 +12,8 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
-
 const QString Composer::MediaLimitMessage =
-    u"Maximum of 4 media items reached. New selections will replace oldest items."_s;
+    QStringLiteral("Maximum of 4 media items reached. New selections will replace oldest items.");
 
 namespace {
 QList<Post> oneEmptyPost()
@@ -49,7 +47,7 @@ Composer::Composer(PreferenceStore& preferences, PostStorage& storage, std::uniq
         if (const auto draft = m_storage.loadDraft(); draft && !draft->isEmpty())
             m_posts = *draft;
     } catch (const CodingError& error) {
-        qCWarning(lcCompose).noquote() << u"❌ Failed to decode composer draft, starting empty: "_s + error.message();
+        qCWarning(lcCompose).noquote() << QStringLiteral("❌ Failed to decode composer draft, starting empty: ") + error.message();
     }
 }
 
@@ -194,7 +192,7 @@ void Composer::addOverflowPosts(const QUuid& afterId, const QStringList& pieces)
 
 void Composer::editScheduledPost(const ScheduledPost& scheduled)
 {
-    qCInfo(lcCompose).noquote() << u"🎯 Composer received editing ScheduledPost id="_s + uuidText(scheduled.id);
+    qCInfo(lcCompose).noquote() << QStringLiteral("🎯 Composer received editing ScheduledPost id=") + uuidText(scheduled.id);
     QList<Post> posts = scheduled.content.isEmpty() ? oneEmptyPost() : scheduled.content;
     for (Post& post : posts)
         post.scheduledPostId = scheduled.id;
@@ -205,7 +203,7 @@ void Composer::clearEditingContext()
 {
     if (!editingScheduledPostId())
         return;
-    qCInfo(lcCompose).noquote() << u"🎯 Composer clearing editing scheduled context"_s;
+    qCInfo(lcCompose).noquote() << QStringLiteral("🎯 Composer clearing editing scheduled context");
     QList<Post> posts = m_posts;
     for (Post& post : posts)
         post.scheduledPostId.reset();
@@ -215,13 +213,13 @@ void Composer::clearEditingContext()
 void Composer::reset()
 {
     if (editingScheduledPostId())
-        qCInfo(lcCompose).noquote() << u"🎯 Composer clearing editing scheduled context"_s;
+        qCInfo(lcCompose).noquote() << QStringLiteral("🎯 Composer clearing editing scheduled context");
     m_draftSaveTask->cancel();
     m_posts = oneEmptyPost();
     setReorderMode(false);
     Q_EMIT postsChanged();
     if (!m_storage.removeDraft())
-        qCWarning(lcCompose).noquote() << u"❌ Failed to remove the composer draft"_s;
+        qCWarning(lcCompose).noquote() << QStringLiteral("❌ Failed to remove the composer draft");
 }
 
 void Composer::flushDraft()
@@ -252,8 +250,8 @@ void Composer::saveDraftNow()
     try {
         const bool saved = isBlank(m_posts) ? m_storage.removeDraft() : m_storage.saveDraft(m_posts);
         if (!saved)
-            qCWarning(lcCompose).noquote() << u"❌ Failed to save the composer draft"_s;
+            qCWarning(lcCompose).noquote() << QStringLiteral("❌ Failed to save the composer draft");
     } catch (const CodingError& error) {
-        qCWarning(lcCompose).noquote() << u"❌ Failed to encode the composer draft: "_s + error.message();
+        qCWarning(lcCompose).noquote() << QStringLiteral("❌ Failed to encode the composer draft: ") + error.message();
     }
 }

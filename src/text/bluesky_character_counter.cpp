@@ -6,8 +6,6 @@
 #include <QUrl>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 qsizetype nonSpaceEnd(QStringView text, qsizetype at)
 {
     while (at < text.size() && !text.at(at).isSpace())
@@ -94,7 +92,7 @@ bool isLinkable(QStringView candidate, qsizetype schemeLength)
 {
     if (isPlainAsciiLink(candidate.sliced(schemeLength)))
         return true;
-    const QString address = schemeLength > 0 ? candidate.toString() : u"https://"_s + candidate;
+    const QString address = schemeLength > 0 ? candidate.toString() : QStringLiteral("https://") + candidate;
     const QUrl target(address, QUrl::StrictMode);
     return target.isValid() && !target.host().isEmpty();
 }

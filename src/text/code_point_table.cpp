@@ -5,8 +5,6 @@
 #include <QString>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 constexpr char32_t HangulSyllablesFirst = 0xAC00;
 constexpr char32_t HangulSyllablesLast = 0xD7A3;
 // Canonical decompositions end below the CJK compatibility supplement's end.
@@ -141,7 +139,7 @@ CodePointTable::CodePointTable()
         candidates += QChar(char16_t(cp));
     for (char32_t cp = HighStart; cp < TableEnd; ++cp)
         candidates += QChar::fromUcs4(cp);
-    const QRegularExpression pictograph(uR"(\p{Extended_Pictographic})"_s);
+    const QRegularExpression pictograph(QStringLiteral(R"(\p{Extended_Pictographic})"));
     for (auto matches = pictograph.globalMatch(candidates); matches.hasNext();) {
         const qsizetype at = matches.next().capturedStart();
         // Below LowEnd one unit per code point, above it a surrogate pair each.

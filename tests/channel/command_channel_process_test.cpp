@@ -94,7 +94,7 @@ TEST(CommandChannelProcess, ForwardedChangesAreStoredWhenTheForwarderExits)
         return document ? ScheduledPost::decodeList(*document) : QList<ScheduledPost>{};
     };
 
-    auto run = instance.run({u"quillo://schedule?text=From%20a%20script&status=draft&stealthMode=true"_qs});
+    auto run = instance.run({QStringLiteral("quillo://schedule?text=From%20a%20script&status=draft&stealthMode=true")});
     ASSERT_EQ(run.exitCode, 0) << run.stderrText.toStdString();
     QList<ScheduledPost> posts = stored();
     ASSERT_EQ(posts.size(), kStored + 1);
@@ -103,13 +103,13 @@ TEST(CommandChannelProcess, ForwardedChangesAreStoredWhenTheForwarderExits)
     const QString id = posts.last().id.toString(QUuid::WithoutBraces);
     const QUuid firstId = posts.first().id;
 
-    run = instance.run({u"quillo://scheduled?action=edit&id="_qs + id + u"&text=Edited&stealthMode=true"_qs});
+    run = instance.run({QStringLiteral("quillo://scheduled?action=edit&id=") + id + QStringLiteral("&text=Edited&stealthMode=true")});
     ASSERT_EQ(run.exitCode, 0) << run.stderrText.toStdString();
     EXPECT_EQ(stored().last().content[0].text, u"Edited");
 
-    run = instance.run({u"quillo://scheduled?action=delete&id="_qs + id + u"&stealthMode=true"_qs,
-                        u"quillo://scheduled?action=delete&id="_qs + firstId.toString(QUuid::WithoutBraces)
-                            + u"&stealthMode=true"_qs});
+    run = instance.run({QStringLiteral("quillo://scheduled?action=delete&id=") + id + QStringLiteral("&stealthMode=true"),
+                        QStringLiteral("quillo://scheduled?action=delete&id=") + firstId.toString(QUuid::WithoutBraces)
+                            + QStringLiteral("&stealthMode=true")});
     ASSERT_EQ(run.exitCode, 0) << run.stderrText.toStdString();
     posts = stored();
     EXPECT_EQ(posts.size(), kStored - 1);

@@ -83,7 +83,7 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
             co_return CommandOutcome::success();
         },
         [&] {
-            events << u"settled"_qs;
+            events << QStringLiteral("settled");
             return saved;
         });
     ASSERT_EQ(server.start(), CommandChannelServer::StartResult::listening);
@@ -93,7 +93,7 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
     command.connectToServer(home.paths().socketPath());
     sync.connectToServer(home.paths().socketPath());
     ASSERT_TRUE(command.waitForConnected(5000) && sync.waitForConnected(5000));
-    command.write(CommandChannelProtocol::encodeRequest(u"quillo://open"_qs));
+    command.write(CommandChannelProtocol::encodeRequest(QStringLiteral("quillo://open")));
     command.flush();
     QCoreApplication::processEvents();
     sync.write(CommandChannelProtocol::encodeSyncRequest());
@@ -101,8 +101,8 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
     EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
-              CommandOutcome::success(u"Stored"_qs));
-    EXPECT_EQ(events, (QStringList{u"quillo://open"_qs, u"settled"_qs}));
+              CommandOutcome::success(QStringLiteral("Stored")));
+    EXPECT_EQ(events, (QStringList{QStringLiteral("quillo://open"), QStringLiteral("settled")}));
 
     // A save that failed is reported to the client that waits for it.
     saved = false;
@@ -110,5 +110,5 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
     sync.flush();
     ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
     EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
-              CommandOutcome::failure(u"Quillo could not save the changes; see its log"_qs));
+              CommandOutcome::failure(QStringLiteral("Quillo could not save the changes; see its log")));
 }

@@ -18,8 +18,6 @@
 
 #include <thread>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QByteArray pngBytes()
@@ -67,7 +65,7 @@ public:
         m_server.stop();
         m_thread.join();
     }
-    QString url(const char* path) const { return u"http://127.0.0.1:%1"_s.arg(m_port) + QString::fromLatin1(path); }
+    QString url(const char* path) const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port) + QString::fromLatin1(path); }
 
 private:
     httplib::Server m_server;
@@ -87,9 +85,9 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
     MediaServer server;
 
     const QByteArray png = pngBytes();
-    const QString whole = write(home.path() + u"/whole.png"_s, png);
-    const QString cut = write(home.path() + u"/cut.png"_s, png.left(png.size() - 20));
-    const QString video = write(home.path() + u"/clip.mp4"_s, QByteArray("\0\0\0\x18" "ftypmp42", 12) + QByteArray(64, '\0'));
+    const QString whole = write(home.path() + QStringLiteral("/whole.png"), png);
+    const QString cut = write(home.path() + QStringLiteral("/cut.png"), png.left(png.size() - 20));
+    const QString video = write(home.path() + QStringLiteral("/clip.mp4"), QByteArray("\0\0\0\x18" "ftypmp42", 12) + QByteArray(64, '\0'));
 
     const QList<PostMedia> imported = waitForTask(
         importer.importAll({whole, QUrl::fromLocalFile(whole).toString(), server.url("/ok"), video}));
@@ -106,11 +104,11 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
         QString messageStart;
     };
     const Case failures[] = {
-        {home.path() + u"/missing.png"_s, u"File not found: "_s},
-        {cut, u"Invalid parameter: image is incomplete or unreadable: "_s},
-        {server.url("/cut"), u"Invalid parameter: image is incomplete or unreadable: "_s},
-        {server.url("/big"), u"Could not download media from "_s},
-        {server.url("/absent"), u"Could not download media from "_s},
+        {home.path() + QStringLiteral("/missing.png"), QStringLiteral("File not found: ")},
+        {cut, QStringLiteral("Invalid parameter: image is incomplete or unreadable: ")},
+        {server.url("/cut"), QStringLiteral("Invalid parameter: image is incomplete or unreadable: ")},
+        {server.url("/big"), QStringLiteral("Could not download media from ")},
+        {server.url("/absent"), QStringLiteral("Could not download media from ")},
     };
     for (const Case& c : failures) {
         const auto filesBefore = QDir(mediaDir).entryList(QDir::Files | QDir::Hidden).size();
@@ -125,12 +123,12 @@ TEST(MediaImporter, ImportsLocalAndRemoteMediaAndRefusesWhatIsBroken)
     }
 
     // Without its worker an image cannot be converted; the error names the file.
-    WorkerImageEncoder noWorker(home.path() + u"/no-such-worker"_s);
+    WorkerImageEncoder noWorker(home.path() + QStringLiteral("/no-such-worker"));
     MediaImporter stranded(mediaDir, network, noWorker);
     try {
         waitForTask(stranded.importAll({whole}));
         ADD_FAILURE() << "imported without a worker";
     } catch (const URLSchemeError& error) {
-        EXPECT_EQ(error.message(), u"Could not convert the image: "_s + whole);
+        EXPECT_EQ(error.message(), QStringLiteral("Could not convert the image: ") + whole);
     }
 }

@@ -4,8 +4,6 @@
 
 #include <QDateTime>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QDateTime utc(const QString& text)
@@ -22,32 +20,32 @@ TEST_F(HandlerFixture, BadCommandsFailWithTheirMessageAndStoreNothing)
         QString message;
     };
     const Case cases[] = {
-        {u"https://open"_s, u"Invalid URL scheme. Expected 'quillo'"_s},
-        {u"quillo://publish"_s,
-         u"Unknown action: 'publish'. Valid actions: compose, schedule, calendar, settings, license, open, accounts"_s},
-        {u"quillo://scheduled"_s, u"Missing action parameter. Use 'edit' or 'delete'"_s},
-        {u"quillo://scheduled?action=move"_s, u"Unknown scheduled action: 'move'. Valid actions: 'edit', 'delete'"_s},
-        {u"quillo://scheduled?action=edit&id=nope"_s, u"Invalid or missing post ID"_s},
-        {u"quillo://scheduled?action=delete&id=6F9619FF-8B86-D011-B42D-00C04FC964FF"_s,
-         u"Scheduled post not found with ID: 6F9619FF-8B86-D011-B42D-00C04FC964FF"_s},
-        {u"quillo://schedule?text=hi&date=tomorrow&stealthMode=true"_s,
-         u"Invalid date format. Use ISO8601 format (e.g., 2024-12-25T10:00:00Z or 2024-12-25T10:00:00)"_s},
-        {u"quillo://schedule?text=hi&date=2024-02-30T10:00:00Z&stealthMode=true"_s,
-         u"Invalid date format. Use ISO8601 format (e.g., 2024-12-25T10:00:00Z or 2024-12-25T10:00:00)"_s},
-        {u"quillo://schedule?text=hi&media=/no/such/file.png&stealthMode=true"_s, u"File not found: /no/such/file.png"_s},
-        {u"quillo://schedule?text=hi&status=published&stealthMode=true"_s,
-         u"Invalid parameter: status must be 'draft' or 'queued', not 'published'"_s},
-        {u"quillo://schedule?thread=[1,2]&stealthMode=true"_s,
-         u"Invalid parameter: thread must be a non-empty JSON array of texts"_s},
-        {u"quillo://accounts?action=rename"_s, u"Unknown accounts action: 'rename'. Valid: add, remove, edit, set-default"_s},
-        {u"quillo://accounts?action=add"_s, u"platform parameter required (x, bluesky, mastodon)"_s},
-        {u"quillo://accounts?action=add&platform=myspace"_s, u"Invalid platform: myspace. Valid: x, bluesky, mastodon"_s},
-        {u"quillo://accounts?action=remove&platform=x"_s, u"One of: id, name, or nickname required"_s},
-        {u"quillo://accounts?action=remove&platform=x&name=nobody"_s, u"Account not found"_s},
-        {u"quillo://accounts?action=edit&platform=x&name=work"_s,
-         u"At least one edit parameter required: set-nickname, set-enabled"_s},
-        {u"quillo://accounts?action=edit&platform=x"_s, u"One of: id, name, or nickname required to identify account"_s},
-        {u"quillo://accounts?action=set-default&platform=mastodon&name=a"_s, u"No accounts found for platform: mastodon"_s},
+        {QStringLiteral("https://open"), QStringLiteral("Invalid URL scheme. Expected 'quillo'")},
+        {QStringLiteral("quillo://publish"),
+         QStringLiteral("Unknown action: 'publish'. Valid actions: compose, schedule, calendar, settings, license, open, accounts")},
+        {QStringLiteral("quillo://scheduled"), QStringLiteral("Missing action parameter. Use 'edit' or 'delete'")},
+        {QStringLiteral("quillo://scheduled?action=move"), QStringLiteral("Unknown scheduled action: 'move'. Valid actions: 'edit', 'delete'")},
+        {QStringLiteral("quillo://scheduled?action=edit&id=nope"), QStringLiteral("Invalid or missing post ID")},
+        {QStringLiteral("quillo://scheduled?action=delete&id=6F9619FF-8B86-D011-B42D-00C04FC964FF"),
+         QStringLiteral("Scheduled post not found with ID: 6F9619FF-8B86-D011-B42D-00C04FC964FF")},
+        {QStringLiteral("quillo://schedule?text=hi&date=tomorrow&stealthMode=true"),
+         QStringLiteral("Invalid date format. Use ISO8601 format (e.g., 2024-12-25T10:00:00Z or 2024-12-25T10:00:00)")},
+        {QStringLiteral("quillo://schedule?text=hi&date=2024-02-30T10:00:00Z&stealthMode=true"),
+         QStringLiteral("Invalid date format. Use ISO8601 format (e.g., 2024-12-25T10:00:00Z or 2024-12-25T10:00:00)")},
+        {QStringLiteral("quillo://schedule?text=hi&media=/no/such/file.png&stealthMode=true"), QStringLiteral("File not found: /no/such/file.png")},
+        {QStringLiteral("quillo://schedule?text=hi&status=published&stealthMode=true"),
+         QStringLiteral("Invalid parameter: status must be 'draft' or 'queued', not 'published'")},
+        {QStringLiteral("quillo://schedule?thread=[1,2]&stealthMode=true"),
+         QStringLiteral("Invalid parameter: thread must be a non-empty JSON array of texts")},
+        {QStringLiteral("quillo://accounts?action=rename"), QStringLiteral("Unknown accounts action: 'rename'. Valid: add, remove, edit, set-default")},
+        {QStringLiteral("quillo://accounts?action=add"), QStringLiteral("platform parameter required (x, bluesky, mastodon)")},
+        {QStringLiteral("quillo://accounts?action=add&platform=myspace"), QStringLiteral("Invalid platform: myspace. Valid: x, bluesky, mastodon")},
+        {QStringLiteral("quillo://accounts?action=remove&platform=x"), QStringLiteral("One of: id, name, or nickname required")},
+        {QStringLiteral("quillo://accounts?action=remove&platform=x&name=nobody"), QStringLiteral("Account not found")},
+        {QStringLiteral("quillo://accounts?action=edit&platform=x&name=work"),
+         QStringLiteral("At least one edit parameter required: set-nickname, set-enabled")},
+        {QStringLiteral("quillo://accounts?action=edit&platform=x"), QStringLiteral("One of: id, name, or nickname required to identify account")},
+        {QStringLiteral("quillo://accounts?action=set-default&platform=mastodon&name=a"), QStringLiteral("No accounts found for platform: mastodon")},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(send(c.url), CommandOutcome::failure(c.message)) << c.url.toStdString();
@@ -58,12 +56,12 @@ TEST_F(HandlerFixture, BadCommandsFailWithTheirMessageAndStoreNothing)
 
 TEST_F(HandlerFixture, AlertsNameTheKindOfFailureAndStealthShowsNone)
 {
-    send(u"quillo://publish"_s);
-    send(u"quillo://scheduled?action=move"_s);
-    send(u"quillo://scheduled?action=move&stealthMode=true"_s);
+    send(QStringLiteral("quillo://publish"));
+    send(QStringLiteral("quillo://scheduled?action=move"));
+    send(QStringLiteral("quillo://scheduled?action=move&stealthMode=true"));
     ASSERT_EQ(alerts.size(), 2);
-    EXPECT_EQ(alerts[0][0].toString(), u"Invalid URL Action"_s);
-    EXPECT_EQ(alerts[1][0].toString(), u"URL Scheme Error"_s);
+    EXPECT_EQ(alerts[0][0].toString(), QStringLiteral("Invalid URL Action"));
+    EXPECT_EQ(alerts[1][0].toString(), QStringLiteral("URL Scheme Error"));
 }
 
 TEST_F(HandlerFixture, ScheduleReadsEveryDateForm)
@@ -74,47 +72,48 @@ TEST_F(HandlerFixture, ScheduleReadsEveryDateForm)
     };
     // Zone-less forms are read in the command's time zone.
     const Case cases[] = {
-        {u"2030-12-25T10:00:00.250Z"_s, utc(u"2030-12-25T10:00:00.250Z"_s)},
-        {u"2030-12-25T10:00:00%2B02:00"_s, utc(u"2030-12-25T08:00:00Z"_s)},
-        {u"2030-12-25T10:00:00.500"_s, utc(u"2030-12-25T09:00:00.500Z"_s)},
-        {u"2030-12-25T10:00:00"_s, utc(u"2030-12-25T09:00:00Z"_s)},
-        {u"2030-12-25T10:00"_s, utc(u"2030-12-25T09:00:00Z"_s)},
+        {QStringLiteral("2030-12-25T10:00:00.250Z"), utc(QStringLiteral("2030-12-25T10:00:00.250Z"))},
+        {QStringLiteral("2030-12-25T10:00:00%2B02:00"), utc(QStringLiteral("2030-12-25T08:00:00Z"))},
+        {QStringLiteral("2030-12-25T10:00:00.500"), utc(QStringLiteral("2030-12-25T09:00:00.500Z"))},
+        {QStringLiteral("2030-12-25T10:00:00"), utc(QStringLiteral("2030-12-25T09:00:00Z"))},
+        {QStringLiteral("2030-12-25T10:00"), utc(QStringLiteral("2030-12-25T09:00:00Z"))},
     };
     for (const Case& c : cases) {
         scheduler.clearAll();
-        const auto outcome = send(u"quillo://schedule?text=hi&timezone=Europe/Berlin&stealthMode=true&date="_s + c.date);
+        const auto outcome = send(QStringLiteral("quillo://schedule?text=hi&timezone=Europe/Berlin&stealthMode=true&date=") + c.date);
         ASSERT_TRUE(outcome.ok) << outcome.message.toStdString();
         const ScheduledPost post = storedOne();
         EXPECT_EQ(post.scheduledDate.toDateTime(), c.expected) << c.date.toStdString();
-        EXPECT_EQ(post.timeZoneIdentifier, u"Europe/Berlin"_s);
+        EXPECT_EQ(post.timeZoneIdentifier, QStringLiteral("Europe/Berlin"));
     }
 }
 
 TEST_F(HandlerFixture, StealthScheduleBuildsThePostFromItsParameters)
 {
     clock.advance(90);
-    const auto outcome = send(u"quillo://schedule?text=Hello%20world&stealthMode=true"_s);
-    EXPECT_EQ(outcome, CommandOutcome::success(u"Scheduled in background (stealth mode)"_s));
+    const auto outcome = send(QStringLiteral("quillo://schedule?text=Hello%20world&stealthMode=true"));
+    EXPECT_EQ(outcome, CommandOutcome::success(QStringLiteral("Scheduled in background (stealth mode)")));
     ScheduledPost post = storedOne();
     // Queued without a date: an hour from now; platforms: the enabled ones.
     EXPECT_EQ(post.status, PostStatus::queued);
     EXPECT_EQ(post.scheduledDate, clock.now().addSeconds(3600));
-    EXPECT_EQ(post.platforms, (QStringList{u"x"_s, u"bluesky"_s}));
+    EXPECT_EQ(post.platforms, (QStringList{QStringLiteral("x"), QStringLiteral("bluesky")}));
     ASSERT_EQ(post.content.size(), 1);
-    EXPECT_EQ(post.content[0].text, u"Hello world"_s);
+    EXPECT_EQ(post.content[0].text, QStringLiteral("Hello world"));
     EXPECT_EQ(post.postingMode, ScheduledPostingMode::defaults);
 
     scheduler.clearAll();
-    ASSERT_TRUE(send(u"quillo://schedule?text=a%0A%0A---%0A%0Ab&thread=true&status=draft&platforms=x,friendster,bluesky"
-                     "&postingMode=specific&blueskyMode=allEnabled&xAccounts=@Work,home,ghost"
-                     "&xShareWithFollowers=work:true,home:false&quote=https://x.com/someone/status/42&stealthMode=true"_s)
+    ASSERT_TRUE(send(QStringLiteral("quillo://schedule?text=a%0A%0A---%0A%0Ab&thread=true&status=draft&platforms=x,friendster,bluesky"
+                                    "&postingMode=specific&blueskyMode=allEnabled&xAccounts=@Work,home,ghost"
+                                    "&xShareWithFollowers=work:true,home:false&quote=https://x.com/someone/status/42"
+                                    "&stealthMode=true"))
                     .ok);
     post = storedOne();
     EXPECT_EQ(post.status, PostStatus::draft);
-    EXPECT_EQ(post.platforms, (QStringList{u"x"_s, u"bluesky"_s}));
+    EXPECT_EQ(post.platforms, (QStringList{QStringLiteral("x"), QStringLiteral("bluesky")}));
     ASSERT_EQ(post.content.size(), 2);
-    EXPECT_EQ(post.content[1].text, u"b"_s);
-    EXPECT_EQ(post.content[0].quoteContext->idOn(PlatformType::x), u"42"_s);
+    EXPECT_EQ(post.content[1].text, QStringLiteral("b"));
+    EXPECT_EQ(post.content[0].quoteContext->idOn(PlatformType::x), QStringLiteral("42"));
     EXPECT_EQ(post.postingMode, ScheduledPostingMode::specific);
     EXPECT_EQ(post.platformModes.value(PlatformType::bluesky), ScheduledPostingMode::allEnabled);
     // "@Work" is the nickname with the X "@" stripped; "ghost" matches nothing.
@@ -125,9 +124,9 @@ TEST_F(HandlerFixture, StealthScheduleBuildsThePostFromItsParameters)
 TEST_F(HandlerFixture, NonStealthScheduleOpensTheSchedulerAndStoresNothing)
 {
     QSignalSpy requests(&events, &AppEvents::schedulerRequested);
-    EXPECT_EQ(send(u"quillo://schedule?text=later"_s), CommandOutcome::success(u"Opened scheduler with prefilled config"_s));
+    EXPECT_EQ(send(QStringLiteral("quillo://schedule?text=later")), CommandOutcome::success(QStringLiteral("Opened scheduler with prefilled config")));
     ASSERT_EQ(requests.size(), 1);
-    EXPECT_EQ(requests[0][0].value<ScheduledPost>().content[0].text, u"later"_s);
+    EXPECT_EQ(requests[0][0].value<ScheduledPost>().content[0].text, QStringLiteral("later"));
     EXPECT_TRUE(stored().isEmpty());
 }
 
@@ -135,28 +134,28 @@ TEST_F(HandlerFixture, EditsFollowTheStatusAndContentRules)
 {
     ScheduledPost post;
     post.id = QUuid::createUuid();
-    post.content = {Post::create(u"one"_s), Post::create(u"two"_s)};
-    post.scheduledDate = Timestamp::fromDateTime(utc(u"2030-01-01T00:00:00Z"_s));
-    post.platforms = {u"x"_s};
+    post.content = {Post::create(QStringLiteral("one")), Post::create(QStringLiteral("two"))};
+    post.scheduledDate = Timestamp::fromDateTime(utc(QStringLiteral("2030-01-01T00:00:00Z")));
+    post.platforms = {QStringLiteral("x")};
     post.status = PostStatus::failed;
     const QUuid id = scheduler.addOrUpdate(post);
-    const QString base = u"quillo://scheduled?action=edit&stealthMode=true&id="_s + id.toString(QUuid::WithoutBraces);
+    const QString base = QStringLiteral("quillo://scheduled?action=edit&stealthMode=true&id=") + id.toString(QUuid::WithoutBraces);
 
-    EXPECT_EQ(send(base + u"&status=published"_s),
+    EXPECT_EQ(send(base + QStringLiteral("&status=published")),
               CommandOutcome::failure(
-                  u"Invalid status change: can only set status to 'draft' or 'queued'. Current status: failed"_s));
-    EXPECT_EQ(send(base + u"&text=solo"_s).ok, false);
+                  QStringLiteral("Invalid status change: can only set status to 'draft' or 'queued'. Current status: failed")));
+    EXPECT_EQ(send(base + QStringLiteral("&text=solo")).ok, false);
 
     // Ops apply in order and an unknown one is skipped; the single-quoted accounts parse.
     const QString ops = QString::fromUtf8(QUrl::toPercentEncoding(
-        uR"([{"op":"insert","index":0,"text":"zero"},{"op":"explode","index":1},{"op":"replace","index":2,"text":"TWO"},{"op":"delete","index":1},{"op":"append","text":"end"}])"_s));
-    const QString selection = QString::fromUtf8(QUrl::toPercentEncoding(u"{'x':['work'],'bluesky':'all'}"_s));
-    ASSERT_TRUE(send(base + u"&status=queued&threadOps="_s + ops + u"&accounts="_s + selection).ok);
+        QStringLiteral(R"([{"op":"insert","index":0,"text":"zero"},{"op":"explode","index":1},{"op":"replace","index":2,"text":"TWO"},{"op":"delete","index":1},{"op":"append","text":"end"}])")));
+    const QString selection = QString::fromUtf8(QUrl::toPercentEncoding(QStringLiteral("{'x':['work'],'bluesky':'all'}")));
+    ASSERT_TRUE(send(base + QStringLiteral("&status=queued&threadOps=") + ops + QStringLiteral("&accounts=") + selection).ok);
     ScheduledPost edited = storedOne();
     QStringList texts;
     for (const Post& p : std::as_const(edited.content))
         texts << p.text;
-    EXPECT_EQ(texts, (QStringList{u"zero"_s, u"TWO"_s, u"end"_s}));
+    EXPECT_EQ(texts, (QStringList{QStringLiteral("zero"), QStringLiteral("TWO"), QStringLiteral("end")}));
     EXPECT_EQ(edited.status, PostStatus::queued);
     EXPECT_EQ(edited.id, id);
     EXPECT_EQ(edited.platformModes.value(PlatformType::x), ScheduledPostingMode::specific);
@@ -164,52 +163,52 @@ TEST_F(HandlerFixture, EditsFollowTheStatusAndContentRules)
     EXPECT_EQ(edited.platformModes.value(PlatformType::bluesky), ScheduledPostingMode::allEnabled);
 
     // Unparsable accounts leave the selection as it was; the rest of the edit applies.
-    ASSERT_TRUE(send(base + u"&accounts=%7Bx:&thread=%5B%22only%22%5D"_s).ok);
+    ASSERT_TRUE(send(base + QStringLiteral("&accounts=%7Bx:&thread=%5B%22only%22%5D")).ok);
     edited = storedOne();
     EXPECT_EQ(edited.accountIds.value(PlatformType::x), QList<QUuid>{work});
     ASSERT_EQ(edited.content.size(), 1);
-    EXPECT_EQ(edited.content[0].text, u"only"_s);
+    EXPECT_EQ(edited.content[0].text, QStringLiteral("only"));
 
     // A bad op index fails the whole edit.
-    EXPECT_FALSE(send(base + u"&threadOps=%5B%7B%22op%22:%22delete%22,%22index%22:5%7D%5D"_s).ok);
+    EXPECT_FALSE(send(base + QStringLiteral("&threadOps=%5B%7B%22op%22:%22delete%22,%22index%22:5%7D%5D")).ok);
     EXPECT_EQ(storedOne().content.size(), 1);
 
     // Published posts are read-only, but may still be deleted.
     scheduler.updateStatus(id, PostStatus::published);
     const QString upper = id.toString(QUuid::WithoutBraces).toUpper();
-    EXPECT_EQ(send(base + u"&text=changed"_s),
-              CommandOutcome::failure(u"Cannot edit a published post (ID: "_s + upper + u"). Published posts are read-only."_s));
-    EXPECT_EQ(storedOne().content[0].text, u"only"_s);
-    EXPECT_EQ(send(u"quillo://scheduled?action=delete&stealthMode=true&id="_s + upper),
-              CommandOutcome::success(u"Scheduled post deleted in background (stealth mode)"_s));
+    EXPECT_EQ(send(base + QStringLiteral("&text=changed")),
+              CommandOutcome::failure(QStringLiteral("Cannot edit a published post (ID: ") + upper + QStringLiteral("). Published posts are read-only.")));
+    EXPECT_EQ(storedOne().content[0].text, QStringLiteral("only"));
+    EXPECT_EQ(send(QStringLiteral("quillo://scheduled?action=delete&stealthMode=true&id=") + upper),
+              CommandOutcome::success(QStringLiteral("Scheduled post deleted in background (stealth mode)")));
     EXPECT_TRUE(stored().isEmpty());
 }
 
 TEST_F(HandlerFixture, AccountCommandsAndThePlatformSwitch)
 {
-    EXPECT_EQ(send(u"quillo://settings?platform=mastodon&set-enabled=true"_s),
-              CommandOutcome::success(u"Toggled mastodon platform to true"_s));
+    EXPECT_EQ(send(QStringLiteral("quillo://settings?platform=mastodon&set-enabled=true")),
+              CommandOutcome::success(QStringLiteral("Toggled mastodon platform to true")));
     EXPECT_TRUE(accounts.isEnabled(PlatformType::mastodon));
 
-    EXPECT_EQ(send(u"quillo://accounts?action=edit&platform=x&name=@home&set-nickname=Home&set-enabled=false"_s),
-              CommandOutcome::success(u"Updated account @home"_s));
-    EXPECT_EQ(accounts.account(personal)->nickname, u"Home"_s);
+    EXPECT_EQ(send(QStringLiteral("quillo://accounts?action=edit&platform=x&name=@home&set-nickname=Home&set-enabled=false")),
+              CommandOutcome::success(QStringLiteral("Updated account @home")));
+    EXPECT_EQ(accounts.account(personal)->nickname, QStringLiteral("Home"));
     EXPECT_FALSE(accounts.account(personal)->isEnabled);
 
-    EXPECT_EQ(send(u"quillo://accounts?action=set-default&platform=x&nickname=Home"_s),
-              CommandOutcome::success(u"Set @home as default for x"_s));
+    EXPECT_EQ(send(QStringLiteral("quillo://accounts?action=set-default&platform=x&nickname=Home")),
+              CommandOutcome::success(QStringLiteral("Set @home as default for x")));
     EXPECT_EQ(accounts.defaultAccount(PlatformType::x)->id, personal);
 
-    EXPECT_EQ(send(u"quillo://accounts?action=remove&platform=x&id="_s + work.toString(QUuid::WithoutBraces)),
-              CommandOutcome::success(u"Removed account @work"_s));
+    EXPECT_EQ(send(QStringLiteral("quillo://accounts?action=remove&platform=x&id=") + work.toString(QUuid::WithoutBraces)),
+              CommandOutcome::success(QStringLiteral("Removed account @work")));
     EXPECT_FALSE(accounts.account(work));
 
     QSignalSpy connects(&events, &AppEvents::accountConnectRequested);
     QSignalSpy prefills(&events, &AppEvents::prefillMastodonInstanceRequested);
-    EXPECT_EQ(send(u"quillo://accounts?action=add&platform=mastodon&instance=fosstodon.org"_s),
-              CommandOutcome::success(u"Opened mastodon account settings (addAccount=true, autoConnect=true)"_s));
-    EXPECT_EQ(send(u"quillo://accounts?action=add&platform=x&autoConnect=false"_s).ok, true);
+    EXPECT_EQ(send(QStringLiteral("quillo://accounts?action=add&platform=mastodon&instance=fosstodon.org")),
+              CommandOutcome::success(QStringLiteral("Opened mastodon account settings (addAccount=true, autoConnect=true)")));
+    EXPECT_EQ(send(QStringLiteral("quillo://accounts?action=add&platform=x&autoConnect=false")).ok, true);
     EXPECT_EQ(connects.size(), 1);
     ASSERT_EQ(prefills.size(), 1);
-    EXPECT_EQ(prefills[0][0].toString(), u"fosstodon.org"_s);
+    EXPECT_EQ(prefills[0][0].toString(), QStringLiteral("fosstodon.org"));
 }

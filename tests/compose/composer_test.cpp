@@ -14,14 +14,13 @@
 #include <gtest/gtest.h>
 
 namespace {
-using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 PostMedia image(int n)
 {
     PostMedia media;
     media.id = QUuid::createUuid();
-    media.originalPath = QUrl::fromLocalFile(u"/media/%1.png"_s.arg(n));
+    media.originalPath = QUrl::fromLocalFile(QStringLiteral("/media/%1.png").arg(n));
     return media;
 }
 
@@ -45,7 +44,7 @@ TEST_F(ComposerTest, TenEditsWithinHalfASecondStoreOneDraftOfTheLastState)
 {
     auto composer = makeComposer();
     for (int i = 1; i <= 10; ++i) {
-        composer->setText(0, u"draft %1"_s.arg(i));
+        composer->setText(0, QStringLiteral("draft %1").arg(i));
         m_timer->advance(40ms);
     }
     EXPECT_FALSE(storedBytes());
@@ -54,7 +53,7 @@ TEST_F(ComposerTest, TenEditsWithinHalfASecondStoreOneDraftOfTheLastState)
     m_timer->advance(1ms);
     EXPECT_EQ(m_timer->fired(), 1);
     EXPECT_EQ(m_storage.loadDraft(), composer->posts());
-    EXPECT_EQ(composer->posts().first().text, u"draft 10"_s);
+    EXPECT_EQ(composer->posts().first().text, QStringLiteral("draft 10"));
 
     auto restored = makeComposer();
     EXPECT_EQ(restored->posts(), composer->posts());
@@ -72,22 +71,22 @@ TEST_F(ComposerTest, UndecodableDraftIsKeptUntilTheNextRealChange)
     EXPECT_EQ(storedBytes(), broken) << "closing without a change must not overwrite it";
 
     auto composer = makeComposer();
-    composer->setText(0, u"new"_s);
+    composer->setText(0, QStringLiteral("new"));
     m_timer->advance(Composer::DraftSaveDelay);
     ASSERT_TRUE(m_storage.loadDraft());
-    EXPECT_EQ(m_storage.loadDraft()->first().text, u"new"_s);
+    EXPECT_EQ(m_storage.loadDraft()->first().text, QStringLiteral("new"));
 }
 
 TEST_F(ComposerTest, PendingDraftIsWrittenOnCloseAndResetRemovesIt)
 {
     {
         auto composer = makeComposer();
-        composer->setText(0, u"unsaved"_s);
+        composer->setText(0, QStringLiteral("unsaved"));
     }
     ASSERT_TRUE(m_storage.loadDraft());
 
     auto composer = makeComposer();
-    composer->setText(0, u"about to be scheduled"_s);
+    composer->setText(0, QStringLiteral("about to be scheduled"));
     composer->reset();
     m_timer->advance(Composer::DraftSaveDelay);
     EXPECT_FALSE(storedBytes());
@@ -115,25 +114,25 @@ TEST_F(ComposerTest, NewestMediaReplaceTheOldestAndTheMessageShowsOnce)
 TEST_F(ComposerTest, LongPasteBecomesPostsAfterTheEditedOne)
 {
     auto composer = makeComposer();
-    composer->setText(0, u"head"_s);
+    composer->setText(0, QStringLiteral("head"));
     composer->insertPost();
-    composer->setText(1, u"tail"_s);
-    composer->setText(0, u"keep this|dropped"_s);
+    composer->setText(1, QStringLiteral("tail"));
+    composer->setText(0, QStringLiteral("keep this|dropped"));
 
-    EXPECT_FALSE(composer->paste(0, 0, u"short"_s)) << "280 or fewer characters insert normally";
+    EXPECT_FALSE(composer->paste(0, 0, QStringLiteral("short"))) << "280 or fewer characters insert normally";
 
-    const QString pasted = (u"word "_s).repeated(120); // 600 characters
+    const QString pasted = (QStringLiteral("word ")).repeated(120); // 600 characters
     const QStringList pieces = TextSplitter::split(pasted, Composer::PasteLimit);
     ASSERT_EQ(pieces.size(), 3);
     ASSERT_TRUE(composer->paste(0, 9, pasted));
-    EXPECT_EQ(composer->posts().at(0).text, u"keep this"_s + pieces.at(0));
+    EXPECT_EQ(composer->posts().at(0).text, QStringLiteral("keep this") + pieces.at(0));
     EXPECT_EQ(composer->posts().size(), 2) << "the other pieces arrive on the next turn";
 
     QCoreApplication::processEvents();
     ASSERT_EQ(composer->posts().size(), 4);
     EXPECT_EQ(composer->posts().at(1).text, pieces.at(1));
     EXPECT_EQ(composer->posts().at(2).text, pieces.at(2));
-    EXPECT_EQ(composer->posts().at(3).text, u"tail"_s);
+    EXPECT_EQ(composer->posts().at(3).text, QStringLiteral("tail"));
 
     m_preferences.setValue(PreferenceKeys::AutoSplitEnabled, false);
     EXPECT_FALSE(composer->paste(3, 0, pasted)) << "splitting switched off inserts normally";
@@ -144,7 +143,7 @@ TEST_F(ComposerTest, OverflowPastMaxPostsKeepsAllTheText)
     auto composer = makeComposer();
     QStringList pieces;
     for (int i = 0; i < composer->maxPosts() + 5; ++i)
-        pieces.append(u"piece %1 "_s.arg(i));
+        pieces.append(QStringLiteral("piece %1 ").arg(i));
     composer->addOverflowPosts(composer->posts().first().id, pieces);
 
     ASSERT_EQ(composer->posts().size(), composer->maxPosts());
@@ -165,7 +164,7 @@ TEST_F(ComposerTest, EditingAScheduledThreadMarksItsPostsAndLogs)
 
     ScheduledPost scheduled;
     scheduled.id = QUuid::createUuid();
-    scheduled.content = {Post::create(u"one"_s), Post::create(u"two"_s)};
+    scheduled.content = {Post::create(QStringLiteral("one")), Post::create(QStringLiteral("two"))};
     auto composer = makeComposer();
     composer->editScheduledPost(scheduled);
     EXPECT_EQ(composer->editingScheduledPostId(), scheduled.id);
@@ -176,8 +175,8 @@ TEST_F(ComposerTest, EditingAScheduledThreadMarksItsPostsAndLogs)
 
     qInstallMessageHandler(previous);
     const QString id = scheduled.id.toString(QUuid::WithoutBraces).toUpper();
-    EXPECT_TRUE(lines.contains(u"🎯 Composer received editing ScheduledPost id="_s + id)) << lines.join(u'\n').toStdString();
-    EXPECT_TRUE(lines.contains(u"🎯 Composer clearing editing scheduled context"_s));
+    EXPECT_TRUE(lines.contains(QStringLiteral("🎯 Composer received editing ScheduledPost id=") + id)) << lines.join(u'\n').toStdString();
+    EXPECT_TRUE(lines.contains(QStringLiteral("🎯 Composer clearing editing scheduled context")));
 }
 } // namespace
 

@@ -41,7 +41,7 @@ TEST_F(AccountManagerTest, FreshInstallationStoresNoEnabledPlatforms)
     QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
     manager.togglePlatform(PlatformType::mastodon);
     manager.togglePlatform(PlatformType::x);
-    EXPECT_EQ(store.stringListValue(PreferenceKeys::SocialPlatforms), (QStringList{u"x"_qs, u"mastodon"_qs}));
+    EXPECT_EQ(store.stringListValue(PreferenceKeys::SocialPlatforms), (QStringList{QStringLiteral("x"), QStringLiteral("mastodon")}));
     manager.togglePlatform(PlatformType::mastodon);
     EXPECT_EQ(changes.count(), 3);
 
@@ -53,9 +53,9 @@ TEST_F(AccountManagerTest, AccountsKeepInsertionOrderAndOneDefaultPerPlatform)
 {
     AccountManager manager(store);
     QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
-    const SocialAccount first = xAccount(u"k1"_qs);
-    const SocialAccount sky = blueskyAccount(u"ada.bsky.social"_qs);
-    const SocialAccount second = xAccount(u"k2"_qs);
+    const SocialAccount first = xAccount(QStringLiteral("k1"));
+    const SocialAccount sky = blueskyAccount(QStringLiteral("ada.bsky.social"));
+    const SocialAccount second = xAccount(QStringLiteral("k2"));
     for (const SocialAccount& a : {first, sky, second})
         ASSERT_EQ(manager.addAccount(a), std::nullopt);
 
@@ -70,7 +70,7 @@ TEST_F(AccountManagerTest, AccountsKeepInsertionOrderAndOneDefaultPerPlatform)
     EXPECT_TRUE(manager.account(sky.id)->isDefault) << "another platform's default is untouched";
 
     SocialAccount renamed = *manager.account(first.id);
-    renamed.nickname = u"Work"_qs;
+    renamed.nickname = QStringLiteral("Work");
     renamed.isEnabled = false;
     ASSERT_TRUE(manager.updateAccount(renamed));
     EXPECT_FALSE(manager.setDefault(QUuid::createUuid()));
@@ -94,24 +94,24 @@ TEST_F(AccountManagerTest, AccountsKeepInsertionOrderAndOneDefaultPerPlatform)
 TEST_F(AccountManagerTest, ValidationAndDuplicateMessages)
 {
     AccountManager manager(store);
-    ASSERT_EQ(manager.addAccount(xAccount(u"key"_qs)), std::nullopt);
-    ASSERT_EQ(manager.addAccount(blueskyAccount(u"ada.bsky.social"_qs)), std::nullopt);
+    ASSERT_EQ(manager.addAccount(xAccount(QStringLiteral("key"))), std::nullopt);
+    ASSERT_EQ(manager.addAccount(blueskyAccount(QStringLiteral("ada.bsky.social"))), std::nullopt);
 
     struct Case {
         SocialAccount account;
         std::optional<QString> message;
     };
     const Case cases[] = {
-        {xAccount(QString()), u"Please enter your X API Key and Secret first"_qs},
-        {xAccount(u"other"_qs, u"  "_qs), u"Please enter your X API Key and Secret first"_qs},
-        {xAccount(u"key"_qs), u"An account with this API Key already exists"_qs},
-        {xAccount(u"other"_qs), std::nullopt},
-        {blueskyAccount(QString()), u"Please enter your BlueSky handle and app password first"_qs},
-        {blueskyAccount(u"bob.bsky.social"_qs, QString()), u"Please enter your BlueSky handle and app password first"_qs},
-        {blueskyAccount(u"ada.bsky.social"_qs), u"An account with this handle already exists"_qs},
-        {blueskyAccount(u"@Ada.bsky.social"_qs), u"An account with this handle already exists"_qs},
-        {blueskyAccount(u"bob.bsky.social"_qs), std::nullopt},
-        {SocialAccount::create(PlatformType::mastodon, u"m"_qs, {}, kFixedTestTime), std::nullopt},
+        {xAccount(QString()), QStringLiteral("Please enter your X API Key and Secret first")},
+        {xAccount(QStringLiteral("other"), QStringLiteral("  ")), QStringLiteral("Please enter your X API Key and Secret first")},
+        {xAccount(QStringLiteral("key")), QStringLiteral("An account with this API Key already exists")},
+        {xAccount(QStringLiteral("other")), std::nullopt},
+        {blueskyAccount(QString()), QStringLiteral("Please enter your BlueSky handle and app password first")},
+        {blueskyAccount(QStringLiteral("bob.bsky.social"), QString()), QStringLiteral("Please enter your BlueSky handle and app password first")},
+        {blueskyAccount(QStringLiteral("ada.bsky.social")), QStringLiteral("An account with this handle already exists")},
+        {blueskyAccount(QStringLiteral("@Ada.bsky.social")), QStringLiteral("An account with this handle already exists")},
+        {blueskyAccount(QStringLiteral("bob.bsky.social")), std::nullopt},
+        {SocialAccount::create(PlatformType::mastodon, QStringLiteral("m"), {}, kFixedTestTime), std::nullopt},
     };
     QSignalSpy changes(&manager, &AccountManager::accountsDidChange);
     int added = 0;
@@ -124,7 +124,7 @@ TEST_F(AccountManagerTest, ValidationAndDuplicateMessages)
 
     // Re-validating a stored account skips the duplicate test.
     EXPECT_EQ(manager.validate(manager.accounts()[0], false), std::nullopt);
-    EXPECT_EQ(manager.validate(xAccount(u"key"_qs), false), std::nullopt);
+    EXPECT_EQ(manager.validate(xAccount(QStringLiteral("key")), false), std::nullopt);
 }
 
 TEST_F(AccountManagerTest, UndecodableStoreLoadsEmptyAndIsLeftAlone)
@@ -136,7 +136,7 @@ TEST_F(AccountManagerTest, UndecodableStoreLoadsEmptyAndIsLeftAlone)
     manager.togglePlatform(PlatformType::x);
     EXPECT_EQ(store.data(PreferenceKeys::SocialAccounts), broken);
     // The next deliberate change writes a good document.
-    ASSERT_EQ(manager.addAccount(xAccount(u"k"_qs)), std::nullopt);
+    ASSERT_EQ(manager.addAccount(xAccount(QStringLiteral("k"))), std::nullopt);
     EXPECT_EQ(AccountManager(store).accounts().size(), 1);
 }
 
@@ -150,10 +150,10 @@ TEST_F(AccountManagerTest, BackupExportAndImport)
         EXPECT_EQ(error.message(), u"No accounts to export.");
     }
 
-    ASSERT_EQ(manager.addAccount(xAccount(u"k1"_qs)), std::nullopt);
-    ASSERT_EQ(manager.addAccount(blueskyAccount(u"ada.bsky.social"_qs)), std::nullopt);
+    ASSERT_EQ(manager.addAccount(xAccount(QStringLiteral("k1"))), std::nullopt);
+    ASSERT_EQ(manager.addAccount(blueskyAccount(QStringLiteral("ada.bsky.social"))), std::nullopt);
     manager.togglePlatform(PlatformType::bluesky);
-    const QString file = home.path() + u"/quillo-accounts-backup.json"_qs;
+    const QString file = home.path() + QStringLiteral("/quillo-accounts-backup.json");
     manager.exportBackup(file);
     const QList<SocialAccount> exported = manager.accounts();
 
@@ -168,12 +168,12 @@ TEST_F(AccountManagerTest, BackupExportAndImport)
             EXPECT_FALSE(error.message().isEmpty());
         }
     }
-    EXPECT_THROW(manager.importBackupFile(home.path() + u"/missing.json"_qs), AccountManagerError);
+    EXPECT_THROW(manager.importBackupFile(home.path() + QStringLiteral("/missing.json")), AccountManagerError);
     EXPECT_EQ(changes.count(), 0);
 
     // Import replaces accounts and platforms.
     manager.removeAllAccounts();
-    ASSERT_EQ(manager.addAccount(xAccount(u"other"_qs)), std::nullopt);
+    ASSERT_EQ(manager.addAccount(xAccount(QStringLiteral("other"))), std::nullopt);
     manager.togglePlatform(PlatformType::mastodon);
     manager.importBackupFile(file);
     ASSERT_EQ(manager.accounts().size(), exported.size());

@@ -50,18 +50,18 @@ TEST_F(MediaFolderTest, KeepsFilesOfScheduledPostsAndTheDraft)
 {
     ScheduledPost post;
     post.id = QUuid::createUuid();
-    post.content = {Post::create(u"with media"_qs, {attachment(u"scheduled.png"_qs)})};
+    post.content = {Post::create(QStringLiteral("with media"), {attachment(QStringLiteral("scheduled.png"))})};
     ASSERT_TRUE(store.setData(PreferenceKeys::ScheduledPosts, ScheduledPost::encodeList({post}, JsonLayout::pretty)));
 
     // The draft's document shape belongs to the composer; any reference in it counts.
     Json draft = Json::object();
-    draft["posts"] = Post::threadToJson({Post::create(u"draft"_qs, {attachment(u"draft video.mov"_qs)})});
-    draft["extra"] = {{"path", JsonValues::utf8(media.path() + u"/draft-image.jpg"_qs)}};
+    draft["posts"] = Post::threadToJson({Post::create(QStringLiteral("draft"), {attachment(QStringLiteral("draft video.mov"))})});
+    draft["extra"] = {{"path", JsonValues::utf8(media.path() + QStringLiteral("/draft-image.jpg"))}};
     ASSERT_TRUE(store.setData(PreferenceKeys::ComposerDrafts, QByteArray::fromStdString(draft.dump())));
 
     const QStringList removed = media.removeOrphans(store);
-    EXPECT_EQ(removed, QStringList{media.path() + u"/orphan.png"_qs});
-    EXPECT_EQ(remaining(), (QStringList{u"draft video.mov"_qs, u"draft-image.jpg"_qs, u"scheduled.png"_qs}));
+    EXPECT_EQ(removed, QStringList{media.path() + QStringLiteral("/orphan.png")});
+    EXPECT_EQ(remaining(), (QStringList{QStringLiteral("draft video.mov"), QStringLiteral("draft-image.jpg"), QStringLiteral("scheduled.png")}));
 }
 
 TEST_F(MediaFolderTest, NothingIsRemovedWhenADocumentCannotBeRead)

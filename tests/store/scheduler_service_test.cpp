@@ -46,24 +46,24 @@ TEST_F(SchedulerServiceTest, AddUpdateDeleteAndStatusAreSavedAndAnnounced)
     EXPECT_TRUE(service.scheduledPosts().isEmpty());
     QSignalSpy updates(&service, &SchedulerService::scheduledPostsDidUpdate);
 
-    const QUuid first = service.addOrUpdate(draftPost(u"one"_qs));
-    const QUuid second = service.addOrUpdate(draftPost(u"two"_qs));
+    const QUuid first = service.addOrUpdate(draftPost(QStringLiteral("one")));
+    const QUuid second = service.addOrUpdate(draftPost(QStringLiteral("two")));
     EXPECT_FALSE(first.isNull());
     EXPECT_NE(first, second);
 
     // Editing replaces the entry in place and keeps its id.
-    const QUuid edited = service.addOrUpdate(draftPost(u"one, edited"_qs), first);
+    const QUuid edited = service.addOrUpdate(draftPost(QStringLiteral("one, edited")), first);
     EXPECT_EQ(edited, first);
     ASSERT_EQ(service.scheduledPosts().size(), 2);
     EXPECT_EQ(service.scheduledPosts()[0].content[0].text, u"one, edited");
 
     // Editing an entry that is gone appends a new one.
     const QUuid gone = QUuid::createUuid();
-    const QUuid recreated = service.addOrUpdate(draftPost(u"three"_qs), gone);
+    const QUuid recreated = service.addOrUpdate(draftPost(QStringLiteral("three")), gone);
     EXPECT_NE(recreated, gone);
     EXPECT_EQ(service.scheduledPosts().size(), 3);
 
-    EXPECT_TRUE(service.updateStatus(second, PostStatus::failed, u"Rate limited"_qs));
+    EXPECT_TRUE(service.updateStatus(second, PostStatus::failed, QStringLiteral("Rate limited")));
     EXPECT_TRUE(service.deletePost(recreated));
     EXPECT_FALSE(service.deletePost(recreated));
     EXPECT_FALSE(service.updateStatus(recreated, PostStatus::published));
@@ -90,7 +90,7 @@ TEST_F(SchedulerServiceTest, UndecodableStoreLoadsEmptyAndStaysOnDisk)
         EXPECT_EQ(store.data(PreferenceKeys::ScheduledPosts), bad);
     }
     // The next deliberate change writes a good document.
-    service.addOrUpdate(draftPost(u"fresh"_qs));
+    service.addOrUpdate(draftPost(QStringLiteral("fresh")));
     EXPECT_EQ(storedPosts().size(), 1);
 }
 
@@ -136,8 +136,8 @@ TEST_F(SchedulerServiceTest, StreamedSaveMatchesTheEncodingAndAFailedOneChangesN
     EXPECT_EQ(store.data(PreferenceKeys::ScheduledPosts), saved);
     // Neither an abandoned temporary file nor the replaced document stays behind.
     QThreadPool::globalInstance()->waitForDone();
-    EXPECT_EQ(QDir(home.paths().configDir()).entryList({u"scheduledPosts*"_qs}, QDir::Files | QDir::Hidden),
-              QStringList{u"scheduledPosts.json"_qs});
+    EXPECT_EQ(QDir(home.paths().configDir()).entryList({QStringLiteral("scheduledPosts*")}, QDir::Files | QDir::Hidden),
+              QStringList{QStringLiteral("scheduledPosts.json")});
 }
 
 // Background saves encode only the entries that changed and reuse the text of the
@@ -155,19 +155,19 @@ TEST_F(SchedulerServiceTest, BackgroundSaveAfterEveryKindOfChangeEqualsAFullEnco
     service.loadPosts();
     const QList<ScheduledPost> loaded = service.scheduledPosts();
 
-    service.addOrUpdate(draftPost(u"appended"_qs));
+    service.addOrUpdate(draftPost(QStringLiteral("appended")));
     expectStoredMatches("append after load");
     ScheduledPost edited = loaded[2];
-    edited.content[0].text = u"edited in place"_qs;
+    edited.content[0].text = QStringLiteral("edited in place");
     service.addOrUpdate(edited, edited.id);
     expectStoredMatches("edit in place");
-    service.updateStatus(loaded[2].id, PostStatus::failed, u"Rate limited"_qs);
+    service.updateStatus(loaded[2].id, PostStatus::failed, QStringLiteral("Rate limited"));
     expectStoredMatches("status with error");
     service.updateStatus(loaded[2].id, PostStatus::queued);
     expectStoredMatches("status without error");
     service.deletePost(loaded[0].id);
     expectStoredMatches("delete the first");
-    service.addOrUpdate(draftPost(u"edit of a deleted one"_qs), loaded[0].id);
+    service.addOrUpdate(draftPost(QStringLiteral("edit of a deleted one")), loaded[0].id);
     expectStoredMatches("edit of a missing id appends");
 
     // Changes queued faster than the saver runs: only the newest snapshot is written.
@@ -193,7 +193,7 @@ TEST_F(SchedulerServiceTest, BackgroundSaveAfterEveryKindOfChangeEqualsAFullEnco
 
     service.clearAll();
     expectStoredMatches("clear");
-    service.addOrUpdate(draftPost(u"after clearing"_qs));
+    service.addOrUpdate(draftPost(QStringLiteral("after clearing")));
     expectStoredMatches("append after clear");
 
     service.importDocument(ScheduledPost::encodeList(samplePosts(3, 1), JsonLayout::pretty, DateEncoding::iso8601));
@@ -212,13 +212,13 @@ TEST_F(SchedulerServiceTest, ExportAndImport)
     } catch (const SchedulerServiceError& error) {
         EXPECT_EQ(error.message(), u"No scheduled posts to export.");
     }
-    const QString file = home.path() + u"/quillo-scheduled-posts.json"_qs;
+    const QString file = home.path() + QStringLiteral("/quillo-scheduled-posts.json");
     EXPECT_THROW(service.exportToFile(file), SchedulerServiceError);
     EXPECT_FALSE(QFile::exists(file));
 
     QList<ScheduledPost> exported = samplePosts(4);
     exported[2].status = PostStatus::failed;
-    exported[2].error = u"Boom"_qs;
+    exported[2].error = QStringLiteral("Boom");
     ASSERT_TRUE(service.savePosts(exported));
     service.loadPosts();
     service.exportToFile(file);
@@ -228,7 +228,7 @@ TEST_F(SchedulerServiceTest, ExportAndImport)
 
     // Import replaces, never merges.
     service.clearAll();
-    service.addOrUpdate(draftPost(u"not in the file"_qs));
+    service.addOrUpdate(draftPost(QStringLiteral("not in the file")));
     QSignalSpy updates(&service, &SchedulerService::scheduledPostsDidUpdate);
     service.importFile(file);
     EXPECT_EQ(updates.count(), 1);
@@ -246,7 +246,7 @@ TEST_F(SchedulerServiceTest, ExportAndImport)
             EXPECT_EQ(error.title(), u"Import Failed");
         }
     }
-    EXPECT_THROW(service.importFile(home.path() + u"/missing.json"_qs), SchedulerServiceError);
+    EXPECT_THROW(service.importFile(home.path() + QStringLiteral("/missing.json")), SchedulerServiceError);
     EXPECT_EQ(updates.count(), 1);
     EXPECT_EQ(storedPosts(), exported);
 }

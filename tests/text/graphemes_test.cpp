@@ -9,8 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 qsizetype finderCount(const QString& text)
 {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -26,9 +24,9 @@ qsizetype finderCount(const QString& text)
 // pictograph into its two indicators.
 bool finderIsReliable(const QString& text)
 {
-    static const QRegularExpression complex(u"[\\x{0900}-\\x{0EFF}]"_s);
-    static const QRegularExpression other(u"[^\\x{0900}-\\x{0EFF}a-z ]"_s);
-    static const QRegularExpression flagAfterPictograph(u"\\p{Extended_Pictographic}[\\x{1F1E6}-\\x{1F1FF}]"_s);
+    static const QRegularExpression complex(QStringLiteral("[\\x{0900}-\\x{0EFF}]"));
+    static const QRegularExpression other(QStringLiteral("[^\\x{0900}-\\x{0EFF}a-z ]"));
+    static const QRegularExpression flagAfterPictograph(QStringLiteral("\\p{Extended_Pictographic}[\\x{1F1E6}-\\x{1F1FF}]"));
     return (!text.contains(complex) || !text.contains(other)) && !text.contains(flagAfterPictograph);
 }
 
@@ -36,7 +34,7 @@ QString escaped(const QString& text)
 {
     QString out;
     for (const char32_t cp : text.toUcs4())
-        out += u"U+%1 "_s.arg(uint(cp), 4, 16, QChar(u'0'));
+        out += QStringLiteral("U+%1 ").arg(uint(cp), 4, 16, QChar(u'0'));
     return out;
 }
 
@@ -45,26 +43,26 @@ QString escaped(const QString& text)
 TEST(GraphemesTest, AgreesWithTheFinderOverTheWholeText)
 {
     const QList<QString> pieces = {
-        u"e\u0301"_s,                                         // combining mark
-        u"\u0301"_s,                                          // mark with nothing before it
-        u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s,      // ZWJ family
-        u"\U0001F44D\U0001F3FD"_s,                            // skin tone
-        u"\U0001F1EB\U0001F1F7\U0001F1E9\U0001F1EA\U0001F1EB"_s, // flags and a lone indicator
-        u"\U0001F3F4\U000E0067\U000E0062\U000E0065\U000E006E\U000E0067\U000E007F"_s, // tag flag
-        u"\r\n"_s, u"\r"_s, u"\n"_s,
-        u"हिन्दी"_s, u"ก\u0E33"_s, u"\u0600\u0661"_s,          // Devanagari, Thai, prepended sign
-        u"\u1100\u1161\u11A8"_s, u"\uAC00\u11A8"_s,             // Hangul jamo
-        u"\u2764\uFE0F"_s, u"1\uFE0F\u20E3"_s, u"\u200D"_s,     // selectors, keycap, bare joiner
-        u"\U0001F600\u200D"_s, u"\u200D\U0001F600"_s,
-        u"\xD83D"_s, u"\xDE00"_s,                               // lone surrogates
-        u"a"_s, u" "_s, u"日本"_s,
+        QStringLiteral("e\u0301"),                                         // combining mark
+        QStringLiteral("\u0301"),                                          // mark with nothing before it
+        QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467"),      // ZWJ family
+        QStringLiteral("\U0001F44D\U0001F3FD"),                            // skin tone
+        QStringLiteral("\U0001F1EB\U0001F1F7\U0001F1E9\U0001F1EA\U0001F1EB"), // flags and a lone indicator
+        QStringLiteral("\U0001F3F4\U000E0067\U000E0062\U000E0065\U000E006E\U000E0067\U000E007F"), // tag flag
+        QStringLiteral("\r\n"), QStringLiteral("\r"), QStringLiteral("\n"),
+        QStringLiteral("हिन्दी"), QStringLiteral("ก\u0E33"), QStringLiteral("\u0600\u0661"),          // Devanagari, Thai, prepended sign
+        QStringLiteral("\u1100\u1161\u11A8"), QStringLiteral("\uAC00\u11A8"),             // Hangul jamo
+        QStringLiteral("\u2764\uFE0F"), QStringLiteral("1\uFE0F\u20E3"), QStringLiteral("\u200D"),     // selectors, keycap, bare joiner
+        QStringLiteral("\U0001F600\u200D"), QStringLiteral("\u200D\U0001F600"),
+        QStringLiteral("\xD83D"), QStringLiteral("\xDE00"),                               // lone surrogates
+        QStringLiteral("a"), QStringLiteral(" "), QStringLiteral("日本"),
     };
     QList<QString> texts = pieces;
     for (const QString& first : pieces) {
         for (const QString& second : pieces) {
             texts.append(first + second);
-            texts.append(first + u"x"_s + second);
-            texts.append(u"ab"_s + first + second + u"cd"_s);
+            texts.append(first + QStringLiteral("x") + second);
+            texts.append(QStringLiteral("ab") + first + second + QStringLiteral("cd"));
         }
     }
     texts.append(QString());
@@ -81,13 +79,13 @@ TEST(GraphemesTest, AgreesWithTheFinderOverTheWholeText)
 TEST(GraphemesTest, AgreesWithTheFinderOnRandomMixes)
 {
     RandomText texts({
-        u"a"_s, u"Z"_s, u" "_s, u"\u0301"_s, u"\u0323"_s, u"\u0483"_s, u"\u042F"_s, u"\u05D0"_s, u"\u05B8"_s,
-        u"\u0628"_s, u"\u064E"_s, u"\u0670"_s, u"\u0600"_s, u"\u20E3"_s, u"\uFE0F"_s, u"\uFE0E"_s, u"\u200D"_s,
-        u"\u200C"_s, u"\u200B"_s, u"\u00AD"_s, u"\r"_s, u"\n"_s, u"\u0007"_s, u"\u2028"_s, u"1"_s, u"#"_s,
-        u"\u2764"_s, u"\u00A9"_s, u"\U0001F600"_s, u"\U0001F468"_s, u"\U0001F3FD"_s, u"\U0001F1EB"_s,
-        u"\U0001F1F7"_s, u"\U000E0067"_s, u"\U000E007F"_s, u"\U0001F3F4"_s, u"\u1100"_s, u"\u1161"_s,
-        u"\u11A8"_s, u"\uAC00"_s, u"\u3099"_s, u"\u304B"_s, u"\uFF9E"_s, u"\u0378"_s, u"\U000E0100"_s,
-        u"\u1AB0"_s, u"\u1DC0"_s, u"\u0915"_s, u"\u094D"_s, u"\u093F"_s,
+        QStringLiteral("a"), QStringLiteral("Z"), QStringLiteral(" "), QStringLiteral("\u0301"), QStringLiteral("\u0323"), QStringLiteral("\u0483"), QStringLiteral("\u042F"), QStringLiteral("\u05D0"), QStringLiteral("\u05B8"),
+        QStringLiteral("\u0628"), QStringLiteral("\u064E"), QStringLiteral("\u0670"), QStringLiteral("\u0600"), QStringLiteral("\u20E3"), QStringLiteral("\uFE0F"), QStringLiteral("\uFE0E"), QStringLiteral("\u200D"),
+        QStringLiteral("\u200C"), QStringLiteral("\u200B"), QStringLiteral("\u00AD"), QStringLiteral("\r"), QStringLiteral("\n"), QStringLiteral("\u0007"), QStringLiteral("\u2028"), QStringLiteral("1"), QStringLiteral("#"),
+        QStringLiteral("\u2764"), QStringLiteral("\u00A9"), QStringLiteral("\U0001F600"), QStringLiteral("\U0001F468"), QStringLiteral("\U0001F3FD"), QStringLiteral("\U0001F1EB"),
+        QStringLiteral("\U0001F1F7"), QStringLiteral("\U000E0067"), QStringLiteral("\U000E007F"), QStringLiteral("\U0001F3F4"), QStringLiteral("\u1100"), QStringLiteral("\u1161"),
+        QStringLiteral("\u11A8"), QStringLiteral("\uAC00"), QStringLiteral("\u3099"), QStringLiteral("\u304B"), QStringLiteral("\uFF9E"), QStringLiteral("\u0378"), QStringLiteral("\U000E0100"),
+        QStringLiteral("\u1AB0"), QStringLiteral("\u1DC0"), QStringLiteral("\u0915"), QStringLiteral("\u094D"), QStringLiteral("\u093F"),
     });
     for (int round = 0; round < 20000; ++round) {
         const QString text = texts.next(10);
@@ -101,14 +99,14 @@ TEST(GraphemesTest, AgreesWithTheFinderOnRandomMixes)
 // a pictograph, then a flag.
 TEST(GraphemesTest, IndicAndThaiTextAfterAnEmojiCountAsOnTheirOwn)
 {
-    EXPECT_EQ(Graphemes::count(u"हिन्दी"_s), 2);
-    EXPECT_EQ(Graphemes::count(u"\U0001F468\u200D\U0001F469\u200D\U0001F467हिन्दी"_s), 3);
-    EXPECT_EQ(Graphemes::count(u"ab\U0001F44D\U0001F3FDहिन्दीcd"_s), 7);
-    EXPECT_EQ(Graphemes::count(u"\U0001F44Dก\u0E33"_s), 2);
-    EXPECT_EQ(Graphemes::count(u"\r\nहिन्दी"_s), 3);
-    EXPECT_EQ(Graphemes::count(u"\u2764\uFE0Fहिन्दी"_s), 3);
-    EXPECT_EQ(Graphemes::count(u"ก\u0E331\uFE0F\u20E3"_s), 2);
-    EXPECT_EQ(Graphemes::count(u"\U0001F600\U0001F1EB\U0001F1F7"_s), 2); // a face, then a flag
-    EXPECT_EQ(Graphemes::count(u"\u2764\U0001F1EB\U0001F1F7\U0001F1E9"_s), 3);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("हिन्दी")), 2);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467हिन्दी")), 3);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("ab\U0001F44D\U0001F3FDहिन्दीcd")), 7);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("\U0001F44Dก\u0E33")), 2);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("\r\nहिन्दी")), 3);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("\u2764\uFE0Fहिन्दी")), 3);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("ก\u0E331\uFE0F\u20E3")), 2);
+    EXPECT_EQ(Graphemes::count(QStringLiteral("\U0001F600\U0001F1EB\U0001F1F7")), 2); // a face, then a flag
+    EXPECT_EQ(Graphemes::count(QStringLiteral("\u2764\U0001F1EB\U0001F1F7\U0001F1E9")), 3);
 }
 } // namespace

@@ -19,27 +19,25 @@
 #include <algorithm>
 
 namespace {
-using namespace Qt::StringLiterals;
-
 constexpr int Rounds = 20000;
 
 QString escaped(const QString& text)
 {
     QString out;
     for (const char32_t cp : text.toUcs4())
-        out += cp >= 0x20 && cp < 0x7F ? QString(QChar(cp)) : u"<U+%1>"_s.arg(uint(cp), 4, 16, QChar(u'0'));
+        out += cp >= 0x20 && cp < 0x7F ? QString(QChar(cp)) : QStringLiteral("<U+%1>").arg(uint(cp), 4, 16, QChar(u'0'));
     return out;
 }
 
 // X's and Mastodon's link shape.
 QRegularExpression linkPattern(UrlFinder::Scheme scheme)
 {
-    const QString label = uR"([\p{L}\p{N}\p{M}\p{So}_\-])"_s;
-    const QString rest = uR"([a-z0-9\x{00C0}-\x{024F}\x{0300}-\x{036F}\x{0400}-\x{04FF}\x{1E00}-\x{1EFF})"
-                         uR"(!*';:=+,.$/%#\[\]\-\x{2013}_~&|@()?])"_s;
-    const QString schemePart = scheme == UrlFinder::Scheme::required ? u"(https?://)"_s : u"(https?://)?"_s;
-    return QRegularExpression(u"(?<!"_s + label + u")"_s + schemePart + u"((?:"_s + label + u"++\\.)+"_s + label
-                                  + u"++)(:[0-9]{1,5})?([/?#]"_s + rest + u"*+)?"_s,
+    const QString label = QStringLiteral(R"([\p{L}\p{N}\p{M}\p{So}_\-])");
+    const QString rest = QStringLiteral(R"([a-z0-9\x{00C0}-\x{024F}\x{0300}-\x{036F}\x{0400}-\x{04FF}\x{1E00}-\x{1EFF})"
+                                        R"(!*';:=+,.$/%#\[\]\-\x{2013}_~&|@()?])");
+    const QString schemePart = scheme == UrlFinder::Scheme::required ? QStringLiteral("(https?://)") : QStringLiteral("(https?://)?");
+    return QRegularExpression(QStringLiteral("(?<!") + label + QStringLiteral(")") + schemePart + QStringLiteral("((?:") + label + QStringLiteral("++\\.)+") + label
+                                  + QStringLiteral("++)(:[0-9]{1,5})?([/?#]") + rest + QStringLiteral("*+)?"),
                               QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
 }
 
@@ -60,11 +58,11 @@ LinkCandidateScanner::Candidates referenceCandidates(const QString& word, UrlFin
 
 TEST(LinkScanningTest, CandidatesMatchTheLinkPattern)
 {
-    RandomText words({u"a"_s, u"Z"_s, u"7"_s, u"."_s, u"."_s, u"-"_s, u"_"_s, u"/"_s, u"?"_s, u"#"_s, u":"_s,
-                      u":8080"_s, u":1234567"_s, u"@"_s, u"("_s, u")"_s, u"%"_s, u"com"_s, u"http"_s, u"HTTPS"_s,
-                      u"://"_s, u"\u00E9"_s, u"\u0301"_s, u"\u042F"_s, u"\U0001F600"_s, u"\u2013"_s, u"\u212A"_s,
-                      u"\u00B5"_s, u"!"_s, u","_s, u"~"_s, u"="_s, u"&"_s, u"'"_s, u"["_s, u"|"_s, u"\u3042"_s,
-                      u"\u00A0"_s, u".com"_s, u"a.b"_s, u".-"_s});
+    RandomText words({QStringLiteral("a"), QStringLiteral("Z"), QStringLiteral("7"), QStringLiteral("."), QStringLiteral("."), QStringLiteral("-"), QStringLiteral("_"), QStringLiteral("/"), QStringLiteral("?"), QStringLiteral("#"), QStringLiteral(":"),
+                      QStringLiteral(":8080"), QStringLiteral(":1234567"), QStringLiteral("@"), QStringLiteral("("), QStringLiteral(")"), QStringLiteral("%"), QStringLiteral("com"), QStringLiteral("http"), QStringLiteral("HTTPS"),
+                      QStringLiteral("://"), QStringLiteral("\u00E9"), QStringLiteral("\u0301"), QStringLiteral("\u042F"), QStringLiteral("\U0001F600"), QStringLiteral("\u2013"), QStringLiteral("\u212A"),
+                      QStringLiteral("\u00B5"), QStringLiteral("!"), QStringLiteral(","), QStringLiteral("~"), QStringLiteral("="), QStringLiteral("&"), QStringLiteral("'"), QStringLiteral("["), QStringLiteral("|"), QStringLiteral("\u3042"),
+                      QStringLiteral("\u00A0"), QStringLiteral(".com"), QStringLiteral("a.b"), QStringLiteral(".-")});
     for (int round = 0; round < Rounds; ++round) {
         const QString word = words.next(14);
         for (const auto scheme : {UrlFinder::Scheme::optional, UrlFinder::Scheme::required}) {
@@ -78,17 +76,17 @@ TEST(LinkScanningTest, CandidatesMatchTheLinkPattern)
 // find the links, show them without scheme and cut to length.
 QString referenceRepaired(const QString& text)
 {
-    static const QRegularExpression repair(u"(https?://[^\\s]+)\\s*\n\\s*([^\\s]+)"_s,
+    static const QRegularExpression repair(QStringLiteral("(https?://[^\\s]+)\\s*\n\\s*([^\\s]+)"),
                                            QRegularExpression::UseUnicodePropertiesOption);
-    return QString(text).replace(repair, u"\\1 \\2"_s);
+    return QString(text).replace(repair, QStringLiteral("\\1 \\2"));
 }
 
 QList<BlueskyLinkFinder::Span> referenceLinks(const QString& text)
 {
-    static const QString body = uR"((?:https?://)?(?:[a-zA-Z0-9](?:[a-zA-Z0-9-]*[a-zA-Z0-9])?\.)+[a-zA-Z]{2,})"
-                                uR"((?:/(?:[\w\-.~!$&'()*+,;=:@%]|(?:%[0-9a-fA-F]{2}))*)*/?)"
-                                uR"((?:[#?](?:[\w\-.~!$&'()*+,;=:@%/?]|(?:%[0-9a-fA-F]{2}))*)?)"_s;
-    static const QRegularExpression wordEnd(body + uR"((?=\s|$))"_s, QRegularExpression::UseUnicodePropertiesOption);
+    static const QString body = QStringLiteral(R"((?:https?://)?(?:[a-zA-Z0-9](?:[a-zA-Z0-9-]*[a-zA-Z0-9])?\.)+[a-zA-Z]{2,})"
+                                               R"((?:/(?:[\w\-.~!$&'()*+,;=:@%]|(?:%[0-9a-fA-F]{2}))*)*/?)"
+                                               R"((?:[#?](?:[\w\-.~!$&'()*+,;=:@%/?]|(?:%[0-9a-fA-F]{2}))*)?)");
+    static const QRegularExpression wordEnd(body + QStringLiteral(R"((?=\s|$))"), QRegularExpression::UseUnicodePropertiesOption);
     static const QRegularExpression lineStart(body, QRegularExpression::UseUnicodePropertiesOption);
     QList<BlueskyLinkFinder::Span> spans;
     for (const TextTokens::Token& token : TextTokens::withInnerDot(text)) {
@@ -117,17 +115,17 @@ QList<BlueskyLinkFinder::Span> referenceLinks(const QString& text)
 
 QString referenceSentText(const QString& text)
 {
-    static const QRegularExpression notLinks(uR"(^\d+\.\d+\.\d+$|^\d+\.\d+$|^v\d+\.\d+$|^\.\w+$|^\w+\.$|^[^a-zA-Z0-9]+$)"_s);
+    static const QRegularExpression notLinks(QStringLiteral(R"(^\d+\.\d+\.\d+$|^\d+\.\d+$|^v\d+\.\d+$|^\.\w+$|^\w+\.$|^[^a-zA-Z0-9]+$)"));
     const QString repaired = referenceRepaired(text);
     QString sent;
     qsizetype copied = 0;
     for (const auto [start, end] : referenceLinks(repaired)) {
         const QString link = repaired.sliced(start, end - start);
-        const bool hasScheme = link.startsWith(u"https://"_s) || link.startsWith(u"http://"_s);
-        QString shown = link.startsWith(u"https://"_s) ? link.sliced(8) : link.startsWith(u"http://"_s) ? link.sliced(7) : link;
+        const bool hasScheme = link.startsWith(QStringLiteral("https://")) || link.startsWith(QStringLiteral("http://"));
+        QString shown = link.startsWith(QStringLiteral("https://")) ? link.sliced(8) : link.startsWith(QStringLiteral("http://")) ? link.sliced(7) : link;
         if (shown.size() > BlueskyCharacterCounter::LinkDisplayLength)
-            shown = shown.first(BlueskyCharacterCounter::LinkDisplayLength) + u"..."_s;
-        const QUrl target(hasScheme ? link : u"https://"_s + link, QUrl::StrictMode);
+            shown = shown.first(BlueskyCharacterCounter::LinkDisplayLength) + QStringLiteral("...");
+        const QUrl target(hasScheme ? link : QStringLiteral("https://") + link, QUrl::StrictMode);
         if (shown == link || link.contains(notLinks) || !target.isValid() || target.host().isEmpty())
             continue;
         sent += repaired.sliced(copied, start - copied) + shown;
@@ -138,11 +136,11 @@ QString referenceSentText(const QString& text)
 
 TEST(LinkScanningTest, BlueskyRewritesLinksAsItsClientDoes)
 {
-    RandomText texts({u"a"_s, u"b1"_s, u"Q"_s, u"-"_s, u"."_s, u"."_s, u"/"_s, u"?"_s, u"#"_s, u"%"_s, u"%2F"_s,
-                      u"%zz"_s, u"_"_s, u"@"_s, u":"_s, u"com"_s, u"io"_s, u"http://"_s, u"https://"_s, u"HTTP://"_s,
-                      u" "_s, u"\n"_s, u" \n "_s, u"\u00E9"_s, u"\u042F"_s, u"\U0001F600"_s, u"\u3000"_s,
-                      QString(40, u'x'), QString(64, u'k'), u"\u0661"_s, u".-"_s, u"-b."_s, u"a.b"_s, u".com"_s,
-                      u"x-"_s, u"/p"_s});
+    RandomText texts({QStringLiteral("a"), QStringLiteral("b1"), QStringLiteral("Q"), QStringLiteral("-"), QStringLiteral("."), QStringLiteral("."), QStringLiteral("/"), QStringLiteral("?"), QStringLiteral("#"), QStringLiteral("%"), QStringLiteral("%2F"),
+                      QStringLiteral("%zz"), QStringLiteral("_"), QStringLiteral("@"), QStringLiteral(":"), QStringLiteral("com"), QStringLiteral("io"), QStringLiteral("http://"), QStringLiteral("https://"), QStringLiteral("HTTP://"),
+                      QStringLiteral(" "), QStringLiteral("\n"), QStringLiteral(" \n "), QStringLiteral("\u00E9"), QStringLiteral("\u042F"), QStringLiteral("\U0001F600"), QStringLiteral("\u3000"),
+                      QString(40, u'x'), QString(64, u'k'), QStringLiteral("\u0661"), QStringLiteral(".-"), QStringLiteral("-b."), QStringLiteral("a.b"), QStringLiteral(".com"),
+                      QStringLiteral("x-"), QStringLiteral("/p")});
     for (int round = 0; round < Rounds; ++round) {
         const QString text = texts.next(20);
         ASSERT_EQ(BlueskyLinkFinder::find(referenceRepaired(text)), referenceLinks(referenceRepaired(text)))
@@ -154,7 +152,7 @@ TEST(LinkScanningTest, BlueskyRewritesLinksAsItsClientDoes)
 // Mastodon's count with remote mentions as it defines them (no links in these texts).
 qsizetype referenceMastodonLength(const QString& text)
 {
-    static const QRegularExpression mention(uR"((?<![=/\w])@([a-z0-9_]+(?:[.-]+[a-z0-9_]+)*)@\w+(?:[.-]+\w+)*)"_s,
+    static const QRegularExpression mention(QStringLiteral(R"((?<![=/\w])@([a-z0-9_]+(?:[.-]+[a-z0-9_]+)*)@\w+(?:[.-]+\w+)*)"),
                                             QRegularExpression::CaseInsensitiveOption
                                                 | QRegularExpression::UseUnicodePropertiesOption);
     QString countable;
@@ -170,9 +168,9 @@ qsizetype referenceMastodonLength(const QString& text)
 
 TEST(LinkScanningTest, MastodonShortensRemoteMentionsAsItDefinesThem)
 {
-    RandomText texts({u"@"_s, u"@"_s, u"a"_s, u"B"_s, u"_"_s, u"1"_s, u"."_s, u"-"_s, u".-"_s, u"="_s, u"/"_s,
-                      u"\u00E9"_s, u"\u042F"_s, u"\u212A"_s, u"\u017F"_s, u" "_s, u"\n"_s, u"\U0001F600"_s,
-                      u"\u0301"_s, u"\U0001D7D8"_s, u"x.y"_s});
+    RandomText texts({QStringLiteral("@"), QStringLiteral("@"), QStringLiteral("a"), QStringLiteral("B"), QStringLiteral("_"), QStringLiteral("1"), QStringLiteral("."), QStringLiteral("-"), QStringLiteral(".-"), QStringLiteral("="), QStringLiteral("/"),
+                      QStringLiteral("\u00E9"), QStringLiteral("\u042F"), QStringLiteral("\u212A"), QStringLiteral("\u017F"), QStringLiteral(" "), QStringLiteral("\n"), QStringLiteral("\U0001F600"),
+                      QStringLiteral("\u0301"), QStringLiteral("\U0001D7D8"), QStringLiteral("x.y")});
     for (int round = 0; round < Rounds; ++round) {
         const QString text = texts.next(16);
         ASSERT_EQ(MastodonCharacterCounter::length(text), referenceMastodonLength(text)) << qPrintable(escaped(text));

@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 namespace {
-using namespace Qt::StringLiterals;
-
-const QString Family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466"_s;
-const QString Flags = u"\U0001F1EB\U0001F1F7\U0001F1E9\U0001F1EA"_s; // two flags, four code points
+const QString Family = QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466");
+const QString Flags = QStringLiteral("\U0001F1EB\U0001F1F7\U0001F1E9\U0001F1EA"); // two flags, four code points
 
 QString repeat(const QString& unit, qsizetype times)
 {
@@ -36,27 +34,27 @@ TEST(TextSplitterTest, SplitsAtWhitespaceSeparatorsAndClusterBoundaries)
     const QString word300 = QString(300, u'w');
     const QString paragraph280 = QString(279, u'p') + u'.';
     const QList<SplitCase> cases = {
-        {"space at the limit stays with the first piece", u"a b"_s, 2, {u"a "_s, u"b"_s}},
+        {"space at the limit stays with the first piece", QStringLiteral("a b"), 2, {QStringLiteral("a "), QStringLiteral("b")}},
         {"a word longer than the limit is cut hard", word300, 280, {word300.first(280), word300.last(20)}},
         {"a part exactly at the limit stays whole", paragraph280, 280, {paragraph280}},
-        {"walks back to the last space that fits", u"hello world foo"_s, 8, {u"hello "_s, u"world "_s, u"foo"_s}},
-        {"a line feed is whitespace", u"ab\ncd"_s, 4, {u"ab\n"_s, u"cd"_s}},
-        {"the walk never passes the start", u"abcdefgh ij"_s, 4, {u"abcd"_s, u"efgh"_s, u" ij"_s}},
-        {"separator gives posts", u"one"_s + TextSplitter::Separator + u"two"_s, 3, {u"one"_s, u"two"_s}},
-        {"separator whatever the limit", u"one"_s + TextSplitter::Separator + u"two"_s, 10000, {u"one"_s, u"two"_s}},
-        {"separator at the very start", TextSplitter::Separator + u"x"_s, 280, {QString(), u"x"_s}},
+        {"walks back to the last space that fits", QStringLiteral("hello world foo"), 8, {QStringLiteral("hello "), QStringLiteral("world "), QStringLiteral("foo")}},
+        {"a line feed is whitespace", QStringLiteral("ab\ncd"), 4, {QStringLiteral("ab\n"), QStringLiteral("cd")}},
+        {"the walk never passes the start", QStringLiteral("abcdefgh ij"), 4, {QStringLiteral("abcd"), QStringLiteral("efgh"), QStringLiteral(" ij")}},
+        {"separator gives posts", QStringLiteral("one") + TextSplitter::Separator + QStringLiteral("two"), 3, {QStringLiteral("one"), QStringLiteral("two")}},
+        {"separator whatever the limit", QStringLiteral("one") + TextSplitter::Separator + QStringLiteral("two"), 10000, {QStringLiteral("one"), QStringLiteral("two")}},
+        {"separator at the very start", TextSplitter::Separator + QStringLiteral("x"), 280, {QString(), QStringLiteral("x")}},
         {"only separators", TextSplitter::Separator + TextSplitter::Separator, 280, {QString(), QString(), QString()}},
-        {"a long part between separators is chunked", u"a b c"_s + TextSplitter::Separator + u"d"_s, 2,
-         {u"a "_s, u"b "_s, u"c"_s, u"d"_s}},
-        {"nothing is trimmed around a separator", u"x \n\n---\n\n y"_s, 280, {u"x "_s, u" y"_s}},
+        {"a long part between separators is chunked", QStringLiteral("a b c") + TextSplitter::Separator + QStringLiteral("d"), 2,
+         {QStringLiteral("a "), QStringLiteral("b "), QStringLiteral("c"), QStringLiteral("d")}},
+        {"nothing is trimmed around a separator", QStringLiteral("x \n\n---\n\n y"), 280, {QStringLiteral("x "), QStringLiteral(" y")}},
         {"an emoji family is one character", repeat(Family, 3), 2, {repeat(Family, 2), Family}},
         {"flags pair up", Flags, 1, {Flags.first(4), Flags.sliced(4)}},
-        {"combining marks stay on their letter", repeat(u"e\u0301"_s, 3), 2, {repeat(u"e\u0301"_s, 2), u"e\u0301"_s}},
-        {"CR LF is one character", u"a\r\nb"_s, 2, {u"a\r\n"_s, u"b"_s}},
-        {"whitespace only", u"     "_s, 2, {u"  "_s, u"  "_s, u" "_s}},
-        {"limit 1", u"ab c"_s, 1, {u"a"_s, u"b"_s, u" "_s, u"c"_s}},
-        {"limit 0 is taken as 1", u"ab"_s, 0, {u"a"_s, u"b"_s}},
-        {"negative limit is taken as 1", Family + u"x"_s, -5, {Family, u"x"_s}},
+        {"combining marks stay on their letter", repeat(QStringLiteral("e\u0301"), 3), 2, {repeat(QStringLiteral("e\u0301"), 2), QStringLiteral("e\u0301")}},
+        {"CR LF is one character", QStringLiteral("a\r\nb"), 2, {QStringLiteral("a\r\n"), QStringLiteral("b")}},
+        {"whitespace only", QStringLiteral("     "), 2, {QStringLiteral("  "), QStringLiteral("  "), QStringLiteral(" ")}},
+        {"limit 1", QStringLiteral("ab c"), 1, {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral(" "), QStringLiteral("c")}},
+        {"limit 0 is taken as 1", QStringLiteral("ab"), 0, {QStringLiteral("a"), QStringLiteral("b")}},
+        {"negative limit is taken as 1", Family + QStringLiteral("x"), -5, {Family, QStringLiteral("x")}},
         {"empty text gives no posts", QString(), 280, {}},
     };
     for (const SplitCase& c : cases) {
@@ -67,11 +65,11 @@ TEST(TextSplitterTest, SplitsAtWhitespaceSeparatorsAndClusterBoundaries)
 
 TEST(TextSplitterTest, ChunkKeepsEveryCharacterOfHostileInput)
 {
-    QString loneSurrogates = u"a"_s;
+    QString loneSurrogates = QStringLiteral("a");
     loneSurrogates += QChar(0xD800);
-    loneSurrogates += u"b "_s;
+    loneSurrogates += QStringLiteral("b ");
     loneSurrogates += QChar(0xDC00);
-    loneSurrogates += u"\U0001F600"_s;
+    loneSurrogates += QStringLiteral("\U0001F600");
     loneSurrogates += QChar(0xD83D); // a high surrogate cut off at the very end
 
     const struct {
@@ -81,8 +79,8 @@ TEST(TextSplitterTest, ChunkKeepsEveryCharacterOfHostileInput)
     } cases[] = {
         {"lone surrogates", loneSurrogates, 1},
         {"lone surrogates, wider limit", loneSurrogates, 3},
-        {"mixed scripts", u"Ελληνικά 日本語のテキスト עברית \u0915\u094D\u0937 text"_s, 5},
-        {"combining marks piled up", u"a"_s + QString(40, QChar(0x0301)) + u" b"_s, 1},
+        {"mixed scripts", QStringLiteral("Ελληνικά 日本語のテキスト עברית \u0915\u094D\u0937 text"), 5},
+        {"combining marks piled up", QStringLiteral("a") + QString(40, QChar(0x0301)) + QStringLiteral(" b"), 1},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

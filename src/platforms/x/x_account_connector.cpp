@@ -13,8 +13,6 @@
 
 #include <qcoro/qcorotimer.h>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr std::chrono::milliseconds kCallbackPollInterval{100};
@@ -41,7 +39,7 @@ QString answerText(const OAuthAnswer& answer)
 {
     if (answer.status == 0)
         return answer.errorString;
-    return u"status %1: %2"_s.arg(answer.status).arg(QString::fromUtf8(answer.body.left(500)));
+    return QStringLiteral("status %1: %2").arg(answer.status).arg(QString::fromUtf8(answer.body.left(500)));
 }
 
 OAuthCredential consumerCredential(const QString& apiKey, const QString& apiSecret)
@@ -56,9 +54,9 @@ OAuthCredential consumerCredential(const QString& apiKey, const QString& apiSecr
 // OAuth 2 one from Mastodon, names a different token or carries a code instead).
 bool isForToken(const QUrlQuery& query, const QString& requestToken)
 {
-    if (query.hasQueryItem(u"code"_s))
+    if (query.hasQueryItem(QStringLiteral("code")))
         return false;
-    for (const QString& key : {u"oauth_token"_s, u"denied"_s}) {
+    for (const QString& key : {QStringLiteral("oauth_token"), QStringLiteral("denied")}) {
         if (query.hasQueryItem(key))
             return query.queryItemValue(key, QUrl::FullyDecoded) == requestToken;
     }
@@ -89,7 +87,7 @@ QUrl XAccountConnector::apiUrl(const QString& path) const
 
 void XAccountConnector::fail(const XError& error)
 {
-    qCWarning(lcX).noquote() << u"X connection failed: "_s + QString::fromUtf8(error.what());
+    qCWarning(lcX).noquote() << QStringLiteral("X connection failed: ") + QString::fromUtf8(error.what());
     Q_EMIT connectionFailed(PlatformType::x, error.message());
 }
 
@@ -126,11 +124,11 @@ QCoro::Task<SocialAccount> XAccountConnector::runBrowserFlow(QString apiKey, QSt
     const OAuthCredential consumer = consumerCredential(apiKey, apiSecret);
     if (consumer.consumerKey.isEmpty() || consumer.consumerSecret.isEmpty())
         throw XError(XError::Kind::missingConsumerKeys);
-    qCInfo(lcX).noquote() << u"Attempting to connect to X with API key ending in "_s + consumer.consumerKey.right(4);
+    qCInfo(lcX).noquote() << QStringLiteral("Attempting to connect to X with API key ending in ") + consumer.consumerKey.right(4);
 
     const TokenPair temporary = co_await requestToken(consumer);
-    QUrl authorize = apiUrl(u"/oauth/authorize"_s);
-    authorize.setQuery(QUrlQuery({{u"oauth_token"_s, temporary.token}}));
+    QUrl authorize = apiUrl(QStringLiteral("/oauth/authorize"));
+    authorize.setQuery(QUrlQuery({{QStringLiteral("oauth_token"), temporary.token}}));
     const QString verifier = co_await waitForVerifier(temporary.token, authorize);
 
     OAuthCredential withTemporary = consumer;
@@ -151,10 +149,10 @@ QCoro::Task<XAccountConnector::TokenPair> XAccountConnector::requestToken(const 
     OAuthParameters callback;
     callback.append({QByteArrayLiteral("oauth_callback"), QByteArray(kCallbackUrl)});
     const OAuthAnswer answer =
-        co_await client.postForm(apiUrl(u"/oauth/request_token"_s), QByteArray(), std::move(callback));
+        co_await client.postForm(apiUrl(QStringLiteral("/oauth/request_token")), QByteArray(), std::move(callback));
     const auto pair = parseTokenAnswer(answer);
     if (!pair)
-        throw XError(XError::Kind::accessTokenFailed, u"request token: "_s + answerText(answer), answer.status);
+        throw XError(XError::Kind::accessTokenFailed, QStringLiteral("request token: ") + answerText(answer), answer.status);
     co_return TokenPair{pair->first, pair->second};
 }
 
@@ -179,7 +177,7 @@ QCoro::Task<QString> XAccountConnector::waitForVerifier(const QString& requestTo
                 qCInfo(lcX) << "Ignoring an OAuth callback meant for another sign-in";
                 continue;
             }
-            const QString verifier = query.queryItemValue(u"oauth_verifier"_s, QUrl::FullyDecoded);
+            const QString verifier = query.queryItemValue(QStringLiteral("oauth_verifier"), QUrl::FullyDecoded);
             if (verifier.isEmpty())
                 throw XError(XError::Kind::missingVerifier);
             co_return verifier;
@@ -197,7 +195,7 @@ QCoro::Task<XAccountConnector::TokenPair> XAccountConnector::accessToken(OAuthCr
     OAuthParameters verification;
     verification.append({QByteArrayLiteral("oauth_verifier"), verifier.toUtf8()});
     const OAuthAnswer answer =
-        co_await client.postForm(apiUrl(u"/oauth/access_token"_s), QByteArray(), std::move(verification));
+        co_await client.postForm(apiUrl(QStringLiteral("/oauth/access_token")), QByteArray(), std::move(verification));
     const auto pair = parseTokenAnswer(answer);
     if (!pair)
         throw XError(XError::Kind::accessTokenFailed, answerText(answer), answer.status);
@@ -216,6 +214,6 @@ QCoro::Task<SocialAccount> XAccountConnector::verifyAndStore(OAuthCredential cre
                                                         m_clock.now());
     if (const std::optional<QString> refused = m_accounts.addAccount(account))
         throw XError(XError::Kind::accountRejected, *refused);
-    qCInfo(lcX).noquote() << u"Connected X account @"_s + user.screenName;
+    qCInfo(lcX).noquote() << QStringLiteral("Connected X account @") + user.screenName;
     co_return account;
 }

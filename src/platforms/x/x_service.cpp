@@ -12,7 +12,6 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
 namespace {
 
 // Nothing when the body is not a JSON object.
@@ -42,7 +41,7 @@ QString dataString(const Json& json, const char* key)
 
 QString bodyOrNoData(const QByteArray& body)
 {
-    return body.isEmpty() ? u"no data"_s : QString::fromUtf8(body);
+    return body.isEmpty() ? QStringLiteral("no data") : QString::fromUtf8(body);
 }
 
 QByteArray toBytes(const Json& json)
@@ -79,7 +78,7 @@ QUrl XService::apiUrl(const QString& path) const
 QUrl XService::tweetUrl(const QString& id) const
 {
     QUrl url = m_hosts.web;
-    url.setPath(u"/i/web/status/"_s + id);
+    url.setPath(QStringLiteral("/i/web/status/") + id);
     return url;
 }
 
@@ -192,7 +191,7 @@ QCoro::Task<XPostResult> XService::postTweet(XTweet tweet)
     if (!tweet.quoteOf.isEmpty())
         body["quote_tweet_id"] = tweet.quoteOf.toStdString();
     if (!tweet.communityId.isEmpty()) {
-        qCInfo(lcX).noquote() << u"Posting to community with ID: "_s + tweet.communityId;
+        qCInfo(lcX).noquote() << QStringLiteral("Posting to community with ID: ") + tweet.communityId;
         body["community_id"] = tweet.communityId.toStdString();
         if (tweet.shareWithFollowers) {
             qCInfo(lcX) << "Sharing community post with followers as well";
@@ -200,21 +199,21 @@ QCoro::Task<XPostResult> XService::postTweet(XTweet tweet)
         }
     }
 
-    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/tweets"_s), toBytes(body));
+    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(QStringLiteral("/2/tweets")), toBytes(body));
     if (answer.isSuccess()) {
         const auto json = parseObject(answer.body);
         const QString id = json ? dataString(*json, "id") : QString();
         if (!id.isEmpty()) {
             const XPostResult result{id, tweetUrl(id)};
-            qCInfo(lcX).noquote() << u"Tweet posted successfully. URL: "_s + result.url.toString();
+            qCInfo(lcX).noquote() << QStringLiteral("Tweet posted successfully. URL: ") + result.url.toString();
             co_return result;
         }
-        qCWarning(lcX).noquote() << u"Tweet post failed. Response: "_s + bodyOrNoData(answer.body);
+        qCWarning(lcX).noquote() << QStringLiteral("Tweet post failed. Response: ") + bodyOrNoData(answer.body);
         throw XError(XError::Kind::postFailed, bodyOrNoData(answer.body), answer.status);
     }
     if (answer.status != 0)
-        qCWarning(lcX).noquote() << u"Tweet post failed. Response: "_s + bodyOrNoData(answer.body);
-    qCWarning(lcX).noquote() << u"X API request failed: "_s
+        qCWarning(lcX).noquote() << QStringLiteral("Tweet post failed. Response: ") + bodyOrNoData(answer.body);
+    qCWarning(lcX).noquote() << QStringLiteral("X API request failed: ")
             + (answer.status == 0 ? answer.errorString : QString::number(answer.status));
     throwFailure(answer, XError::Kind::apiError);
 }
@@ -225,10 +224,10 @@ QCoro::Task<QString> XService::uploadFile(QString path, bool isVideo, StateCallb
     throwIfCancelled();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw XError(XError::Kind::mediaUnreadable, path + u" ("_s + file.errorString() + u')');
+        throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (") + file.errorString() + u')');
     const qint64 size = file.size();
     if (size <= 0)
-        throw XError(XError::Kind::mediaUnreadable, path + u" (empty file)"_s);
+        throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (empty file)"));
 
     position.phase = XPublishState::Phase::uploadingMedia;
     position.fraction = 0;
@@ -247,13 +246,13 @@ QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
     body["total_bytes"] = totalBytes;
     body["media_type"] = isVideo ? "video/mp4" : "image/jpeg";
     body["media_category"] = isVideo ? "tweet_video" : "tweet_image";
-    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/media/upload/initialize"_s), toBytes(body));
+    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(QStringLiteral("/2/media/upload/initialize")), toBytes(body));
     if (!answer.isSuccess())
         throwFailure(answer, XError::Kind::apiError);
     const auto json = parseObject(answer.body);
     const QString id = json ? dataString(*json, "id") : QString();
     if (id.isEmpty()) {
-        const QString detail = u"Upload INIT returned unexpected body: "_s + bodyOrNoData(answer.body);
+        const QString detail = QStringLiteral("Upload INIT returned unexpected body: ") + bodyOrNoData(answer.body);
         qCWarning(lcX).noquote() << detail;
         throw XError(XError::Kind::uploadInitFailed, detail, answer.status);
     }
@@ -263,7 +262,7 @@ QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
 QCoro::Task<void> XService::appendChunks(const QString& mediaId, QFile& file, const StateCallback& onStateChange,
                                          XPublishState position)
 {
-    const QUrl url = apiUrl(u"/2/media/upload/"_s + mediaId + u"/append"_s);
+    const QUrl url = apiUrl(QStringLiteral("/2/media/upload/") + mediaId + QStringLiteral("/append"));
     const qint64 size = file.size();
     qint64 chunkSize = std::max(m_options.initialChunkSize, kMinimumChunkSize);
     qint64 offset = 0;
@@ -280,11 +279,11 @@ QCoro::Task<void> XService::appendChunks(const QString& mediaId, QFile& file, co
 
         auto* multipart = new QHttpMultiPart(QHttpMultiPart::FormDataType);
         QHttpPart index;
-        index.setHeader(QNetworkRequest::ContentDispositionHeader, u"form-data; name=\"segment_index\""_s);
+        index.setHeader(QNetworkRequest::ContentDispositionHeader, QStringLiteral("form-data; name=\"segment_index\""));
         index.setBody(QByteArray::number(segment));
         QHttpPart media;
-        media.setHeader(QNetworkRequest::ContentDispositionHeader, u"form-data; name=\"media\"; filename=\"blob\""_s);
-        media.setHeader(QNetworkRequest::ContentTypeHeader, u"application/octet-stream"_s);
+        media.setHeader(QNetworkRequest::ContentDispositionHeader, QStringLiteral("form-data; name=\"media\"; filename=\"blob\""));
+        media.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/octet-stream"));
         media.setBody(chunk);
         multipart->append(index);
         multipart->append(media);
@@ -294,10 +293,10 @@ QCoro::Task<void> XService::appendChunks(const QString& mediaId, QFile& file, co
         if (answer.status == 413) {
             if (chunkSize <= kMinimumChunkSize) {
                 qCWarning(lcX) << "Payload too large for append";
-                throw XError(XError::Kind::payloadTooLarge, u"Payload too large for append"_s, 413);
+                throw XError(XError::Kind::payloadTooLarge, QStringLiteral("Payload too large for append"), 413);
             }
             const qint64 smaller = std::max(chunkSize / 2, kMinimumChunkSize);
-            qCWarning(lcX).noquote() << u"APPEND 413 - reducing chunk size from %1 to %2 bytes and retrying"_s
+            qCWarning(lcX).noquote() << QStringLiteral("APPEND 413 - reducing chunk size from %1 to %2 bytes and retrying")
                                             .arg(chunkSize)
                                             .arg(smaller);
             chunkSize = smaller;
@@ -317,15 +316,15 @@ QCoro::Task<void> XService::finalizeUpload(const QString& mediaId, const StateCa
                                            XPublishState position)
 {
     throwIfCancelled();
-    qCInfo(lcX).noquote() << u"Finalizing upload for media ID: "_s + mediaId;
+    qCInfo(lcX).noquote() << QStringLiteral("Finalizing upload for media ID: ") + mediaId;
     const OAuthAnswer answer =
-        co_await m_client.postForm(apiUrl(u"/2/media/upload/"_s + mediaId + u"/finalize"_s), QByteArray());
+        co_await m_client.postForm(apiUrl(QStringLiteral("/2/media/upload/") + mediaId + QStringLiteral("/finalize")), QByteArray());
     if (answer.status == 0) {
-        qCWarning(lcX).noquote() << u"Upload finalize network error: "_s + answer.errorString;
+        qCWarning(lcX).noquote() << QStringLiteral("Upload finalize network error: ") + answer.errorString;
         throw XError(XError::Kind::finalizeFailed, answer.errorString);
     }
     if (!answer.isSuccess()) {
-        qCWarning(lcX).noquote() << u"Upload finalize failed with status code: "_s + QString::number(answer.status);
+        qCWarning(lcX).noquote() << QStringLiteral("Upload finalize failed with status code: ") + QString::number(answer.status);
         throwFailure(answer, XError::Kind::finalizeFailed);
     }
     co_await waitForProcessing(mediaId, answer, onStateChange, position);
@@ -338,7 +337,7 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
     for (int polls = 0;; ++polls) {
         const auto json = parseObject(answer.body);
         if (!json)
-            throw XError(XError::Kind::finalizeFailed, u"Unexpected media status: "_s + bodyOrNoData(answer.body));
+            throw XError(XError::Kind::finalizeFailed, QStringLiteral("Unexpected media status: ") + bodyOrNoData(answer.body));
         const Json& data = json->contains("data") ? (*json)["data"] : *json;
         if (!data.is_object() || !data.contains("processing_info") || !data["processing_info"].is_object())
             co_return; // no processing needed: the media is ready
@@ -350,11 +349,11 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
             const std::string reason = info.contains("error") && info["error"].is_object()
                 ? info["error"].value("message", "") : std::string();
             throw XError(XError::Kind::finalizeFailed,
-                         u"Media processing failed for media ID: "_s + mediaId + u' ' + QString::fromStdString(reason));
+                         QStringLiteral("Media processing failed for media ID: ") + mediaId + u' ' + QString::fromStdString(reason));
         }
         // "pending", "in_progress" and anything unknown: ask again after the given time.
         if (polls >= m_options.maxStatusPolls)
-            throw XError(XError::Kind::finalizeFailed, u"Media processing did not finish for media ID: "_s + mediaId);
+            throw XError(XError::Kind::finalizeFailed, QStringLiteral("Media processing did not finish for media ID: ") + mediaId);
         const int wait = info.contains("check_after_secs") && info["check_after_secs"].is_number_integer()
             ? std::clamp(info["check_after_secs"].get<int>(), 0, 600) : 1;
         position.fraction = info.value("progress_percent", 0) / 100.0;
@@ -363,8 +362,8 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
         throwIfCancelled();
         co_await QCoro::sleepFor(m_options.checkAfterUnit * wait);
         throwIfCancelled();
-        QUrl url = apiUrl(u"/2/media/upload"_s);
-        url.setQuery(QUrlQuery({{u"command"_s, u"STATUS"_s}, {u"media_id"_s, mediaId}}));
+        QUrl url = apiUrl(QStringLiteral("/2/media/upload"));
+        url.setQuery(QUrlQuery({{QStringLiteral("command"), QStringLiteral("STATUS")}, {QStringLiteral("media_id"), mediaId}}));
         answer = co_await m_client.get(url);
         if (!answer.isSuccess())
             throwFailure(answer, XError::Kind::finalizeFailed);
@@ -376,26 +375,26 @@ QCoro::Task<bool> XService::setAltText(QString mediaId, QString text)
     Json body;
     body["id"] = mediaId.toStdString();
     body["metadata"] = {{"alt_text", {{"text", text.toStdString()}}}};
-    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(u"/2/media/metadata"_s), toBytes(body));
+    const OAuthAnswer answer = co_await m_client.postJson(apiUrl(QStringLiteral("/2/media/metadata")), toBytes(body));
     if (answer.isSuccess()) {
-        qCInfo(lcX).noquote() << u"Successfully set alt text for media ID: "_s + mediaId;
+        qCInfo(lcX).noquote() << QStringLiteral("Successfully set alt text for media ID: ") + mediaId;
         co_return true;
     }
     if (answer.status == 0)
-        qCWarning(lcX).noquote() << u"Failed to set alt text for media ID: "_s + mediaId + u" (" + answer.errorString + u')';
+        qCWarning(lcX).noquote() << QStringLiteral("Failed to set alt text for media ID: ") + mediaId + u" (" + answer.errorString + u')';
     else
-        qCWarning(lcX).noquote() << u"Failed to set alt text. Status: "_s + QString::number(answer.status);
+        qCWarning(lcX).noquote() << QStringLiteral("Failed to set alt text. Status: ") + QString::number(answer.status);
     co_return false;
 }
 
 QCoro::Task<XUser> XService::verifyCredentials()
 {
-    const OAuthAnswer answer = co_await m_client.get(apiUrl(u"/1.1/account/verify_credentials.json"_s));
+    const OAuthAnswer answer = co_await m_client.get(apiUrl(QStringLiteral("/1.1/account/verify_credentials.json")));
     if (!answer.isSuccess())
         throwFailure(answer, XError::Kind::apiError);
     const auto json = parseObject(answer.body);
     if (!json || !json->contains("id_str") || !json->contains("screen_name"))
-        throw XError(XError::Kind::apiError, u"Unexpected credential answer: "_s + bodyOrNoData(answer.body), answer.status);
+        throw XError(XError::Kind::apiError, QStringLiteral("Unexpected credential answer: ") + bodyOrNoData(answer.body), answer.status);
     XUser user;
     user.id = QString::fromStdString(json->value("id_str", ""));
     user.screenName = QString::fromStdString(json->value("screen_name", ""));
