@@ -3,10 +3,10 @@
 // connection, the command carried out, and the reply; the store saves in the
 // background. A second series follows every command with a sync request, as the
 // forwarder and the MCP server do, so the time includes the save reaching the disk.
+#include "channel/command_channel_client.h"
 #include "core/app_paths.h"
 #include "core/preference_store.h"
 #include "core/system_clock.h"
-#include "channel/command_channel_client.h"
 #include "model/scheduled_post.h"
 #include "store/scheduler_service.h"
 #include "support/running_instance.h"

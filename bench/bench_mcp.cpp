@@ -1,12 +1,12 @@
 // MCP server figures: cold start (process start to the initialize answer) and peak
 // memory, side by side with a Qt-Core-only process that reads one line and answers it;
 // throughput (pings through one process); the in-process cost of one ping.
-#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "core/preference_store.h"
-#include "mcp/mcp_server.h"
+#include "core/system_clock.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"
+#include "mcp/mcp_server.h"
 #include "mcp/mcp_state_reader.h"
 #include "mcp/mcp_tool_handlers.h"
 

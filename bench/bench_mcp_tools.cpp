@@ -1,10 +1,10 @@
 // scheduled_list over a large schedule: per call in a running server (the stored
 // document unchanged between calls, and after it changed), and a cold process
 // answering one tools/call.
-#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
+#include "core/system_clock.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"
 #include "mcp/mcp_state_reader.h"

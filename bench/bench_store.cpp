@@ -5,8 +5,8 @@
 #include "core/app_paths.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "support/sample_posts.h"
 #include "store/scheduler_service.h"
+#include "support/sample_posts.h"
 
 #include <QCoreApplication>
 #include <QFile>

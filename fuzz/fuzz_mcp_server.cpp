@@ -1,11 +1,11 @@
 // Feeds arbitrary bytes to the MCP dispatcher as one message: it must answer or stay
 // silent, never crash, and every answer must itself be valid JSON.
-#include "core/system_clock.h"
 #include "core/app_paths.h"
 #include "core/preference_store.h"
-#include "mcp/mcp_server.h"
+#include "core/system_clock.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"
+#include "mcp/mcp_server.h"
 #include "mcp/mcp_state_reader.h"
 #include "mcp/mcp_tool_handlers.h"
 

@@ -1,9 +1,9 @@
 #include "app/editor_command_line.h"
 
-#include "core/system_clock.h"
-#include "core/app_paths.h"
 #include "app/launch_options.h"
+#include "core/app_paths.h"
 #include "core/preference_store.h"
+#include "core/system_clock.h"
 #include "mcp/editor_config_installer.h"
 
 #include <QDir>

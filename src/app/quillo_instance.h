@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/app_paths.h"
 #include "app/launch_options.h"
+#include "core/app_paths.h"
 
 #include <QObject>
 

@@ -1,8 +1,8 @@
 #include "channel/command_channel_client.h"
 
-#include "core/session_environment.h"
-#include "channel/command_channel_protocol.h"
 #include "channel/channel_log.h"
+#include "channel/command_channel_protocol.h"
+#include "core/session_environment.h"
 
 #include <QDeadlineTimer>
 #include <QDir>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/app_paths.h"
 #include "channel/command_outcome.h"
+#include "core/app_paths.h"
 
 #include <QProcessEnvironment>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "channel/command_channel_server.h"
 
-#include "channel/command_channel_protocol.h"
 #include "channel/channel_log.h"
+#include "channel/command_channel_protocol.h"
 
 #include <QDir>
 #include <QFile>

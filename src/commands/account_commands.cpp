@@ -1,9 +1,9 @@
 #include "commands/account_commands.h"
 
-#include "events/app_events.h"
 #include "commands/account_resolver.h"
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
+#include "events/app_events.h"
 #include "store/account_manager.h"
 
 namespace {

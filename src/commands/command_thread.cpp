@@ -2,8 +2,8 @@
 
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
-#include "text/text_splitter.h"
 #include "core/json.h"
+#include "text/text_splitter.h"
 
 namespace CommandThread {
 namespace {

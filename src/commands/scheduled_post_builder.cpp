@@ -3,8 +3,8 @@
 #include "commands/command_date_parser.h"
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
-#include "store/account_manager.h"
 #include "core/json.h"
+#include "store/account_manager.h"
 
 #include <QRegularExpression>
 

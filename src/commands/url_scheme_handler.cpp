@@ -1,13 +1,13 @@
 #include "commands/url_scheme_handler.h"
 
-#include "core/clock.h"
-#include "events/app_events.h"
 #include "commands/account_commands.h"
 #include "commands/command_date_parser.h"
 #include "commands/command_thread.h"
 #include "commands/commands_log.h"
 #include "commands/media_importer.h"
 #include "commands/url_scheme_error.h"
+#include "core/clock.h"
+#include "events/app_events.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
 

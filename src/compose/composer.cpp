@@ -1,13 +1,13 @@
 #include "compose/composer.h"
 
+#include "compose/compose_log.h"
+#include "compose/post_storage.h"
+#include "core/coding_error.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "core/coding_error.h"
 #include "model/scheduled_post.h"
 #include "text/graphemes.h"
 #include "text/platform_character_counter.h"
-#include "compose/post_storage.h"
-#include "compose/compose_log.h"
 #include "text/text_splitter.h"
 
 #include <algorithm>

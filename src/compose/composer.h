@@ -1,9 +1,9 @@
 #pragma once
 
+#include "compose/debounce_timer.h"
 #include "model/platform_type.h"
 #include "model/post.h"
 #include "text/character_count.h"
-#include "compose/debounce_timer.h"
 
 #include <QList>
 #include <QObject>

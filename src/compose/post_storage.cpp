@@ -1,8 +1,8 @@
 #include "compose/post_storage.h"
 
+#include "core/json_values.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "core/json_values.h"
 
 PostStorage::PostStorage(PreferenceStore& defaults)
     : m_defaults(defaults)

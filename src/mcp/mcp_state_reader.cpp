@@ -1,8 +1,8 @@
 #include "mcp/mcp_state_reader.h"
 
+#include "core/coding_error.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "core/coding_error.h"
 #include "mcp/mcp_tool_error.h"
 
 #include <QFile>

@@ -1,6 +1,7 @@
 #include "mcp/mcp_tool_handlers.h"
 
 #include "core/clock.h"
+#include "core/json_values.h"
 #include "mcp/mcp_account_lookup.h"
 #include "mcp/mcp_arguments.h"
 #include "mcp/mcp_command_sender.h"
@@ -11,7 +12,6 @@
 #include "mcp/mcp_tool_catalogue.h"
 #include "mcp/scheduled_post_entry.h"
 #include "mcp/scheduled_post_query.h"
-#include "core/json_values.h"
 
 #include <stdexcept>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/platform_type.h"
 #include "core/json_writer.h"
+#include "model/platform_type.h"
 #include "model/social_account.h"
 
 #include <QByteArray>

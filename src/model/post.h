@@ -1,8 +1,8 @@
 #pragma once
 
-#include "model/community_context.h"
 #include "core/json_reader.h"
 #include "core/json_writer.h"
+#include "model/community_context.h"
 #include "model/post_media.h"
 #include "model/quote_context.h"
 

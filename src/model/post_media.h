@@ -1,8 +1,8 @@
 #pragma once
 
-#include "model/clip_segment.h"
 #include "core/json_reader.h"
 #include "core/json_writer.h"
+#include "model/clip_segment.h"
 #include "model/media_type.h"
 #include "model/redaction_rect.h"
 #include "model/subtitle_track.h"

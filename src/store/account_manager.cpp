@@ -3,8 +3,8 @@
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "model/accounts_backup.h"
-#include "store/transfer_error.h"
 #include "store/store_log.h"
+#include "store/transfer_error.h"
 
 #include <QFile>
 #include <QSaveFile>

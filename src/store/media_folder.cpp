@@ -1,9 +1,9 @@
 #include "store/media_folder.h"
 
-#include "core/preference_keys.h"
-#include "core/preference_store.h"
 #include "core/coding_error.h"
 #include "core/json_tape.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "store/store_log.h"
 
 #include <QDir>

@@ -2,8 +2,8 @@
 
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "store/transfer_error.h"
 #include "store/store_log.h"
+#include "store/transfer_error.h"
 
 #include <QFile>
 #include <QMutexLocker>

@@ -2,12 +2,12 @@
 // starts, auto-start, and clients that misbehave on the socket.
 #include "support/running_instance.h"
 
-#include "core/preference_keys.h"
-#include "core/preference_store.h"
 #include "channel/command_channel_client.h"
 #include "channel/command_channel_protocol.h"
-#include "support/sample_posts.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "store/scheduler_service.h"
+#include "support/sample_posts.h"
 
 #include <QLocalSocket>
 #include <QProcess>

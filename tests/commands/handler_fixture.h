@@ -1,10 +1,10 @@
 #pragma once
 
-#include "events/app_events.h"
-#include "core/preference_store.h"
 #include "channel/command_outcome.h"
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
+#include "core/preference_store.h"
+#include "events/app_events.h"
 #include "media/worker_image_encoder.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"

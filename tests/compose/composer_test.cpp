@@ -1,12 +1,12 @@
+#include "compose/composer.h"
+#include "compose/post_storage.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "model/scheduled_post.h"
-#include "compose/composer.h"
-#include "text/platform_character_counter.h"
-#include "compose/post_storage.h"
-#include "text/text_splitter.h"
-#include "support/temp_home.h"
 #include "support/manual_debounce_timer.h"
+#include "support/temp_home.h"
+#include "text/platform_character_counter.h"
+#include "text/text_splitter.h"
 
 #include <QCoreApplication>
 #include <QSignalSpy>

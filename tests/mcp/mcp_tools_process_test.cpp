@@ -1,7 +1,7 @@
+#include "core/json_values.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "mcp/any_codable.h"
-#include "core/json_values.h"
 #include "model/scheduled_post.h"
 #include "model/social_account.h"
 #include "support/manual_clock.h"

@@ -1,7 +1,7 @@
 #include "platforms/x/x_account_connector.h"
 
-#include "core/system_clock.h"
 #include "core/preference_store.h"
+#include "core/system_clock.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "store/account_manager.h"
 #include "support/coro_wait.h"

@@ -1,8 +1,8 @@
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
-#include "support/sample_posts.h"
 #include "store/scheduler_service.h"
 #include "store/transfer_error.h"
+#include "support/sample_posts.h"
 #include "support/temp_home.h"
 
 #include <QDir>

@@ -1,5 +1,6 @@
 #include "support/fake_x_server.h"
 
+#include "core/json.h"
 #include "platforms/oauth/oauth_signer.h"
 
 #include <QCryptographicHash>
@@ -7,7 +8,6 @@
 #include <QMessageAuthenticationCode>
 
 #include <httplib.h>
-#include <nlohmann/json.hpp>
 
 #include <cstdlib>
 
@@ -28,7 +28,7 @@ QByteArray bytes(const std::string& s)
     return QByteArray(s.data(), qsizetype(s.size()));
 }
 
-FakeXServer::Reply json(int status, const nlohmann::json& body)
+FakeXServer::Reply json(int status, const Json& body)
 {
     FakeXServer::Reply reply;
     reply.status = status;
@@ -255,7 +255,7 @@ FakeXServer::Reply FakeXServer::builtIn(const Request& request)
         return json(200, {{"id_str", "111"}, {"screen_name", "quillo_user"}, {"name", "Quillo User"}});
     }
     if (request.path == "/2/tweets") {
-        const auto body = nlohmann::json::parse(request.body.toStdString(), nullptr, false);
+        const auto body = Json::parse(request.body.toStdString(), nullptr, false);
         if (body.is_discarded() || !body.contains("text"))
             return json(400, {{"title", "Invalid Request"}});
         std::lock_guard lock(m_mutex);
@@ -272,7 +272,7 @@ FakeXServer::Reply FakeXServer::media(const Request& request)
     std::lock_guard lock(m_mutex);
     const QList<QByteArray> parts = request.path.split('/'); // "", "2", "media", "upload", id, step
     if (request.path == "/2/media/upload/initialize") {
-        const auto body = nlohmann::json::parse(request.body.toStdString(), nullptr, false);
+        const auto body = Json::parse(request.body.toStdString(), nullptr, false);
         if (body.is_discarded() || !body.contains("total_bytes") || !body.contains("media_type"))
             return json(400, {{"title", "Invalid Request"}});
         auto upload = std::make_shared<Upload>();
@@ -284,7 +284,7 @@ FakeXServer::Reply FakeXServer::media(const Request& request)
                                     {"expires_after_secs", 86400}}}});
     }
     if (request.path == "/2/media/metadata") {
-        const auto body = nlohmann::json::parse(request.body.toStdString(), nullptr, false);
+        const auto body = Json::parse(request.body.toStdString(), nullptr, false);
         if (body.is_discarded() || !m_uploads.contains(QByteArray::fromStdString(body.value("id", ""))))
             return json(400, {{"title", "Invalid Request"}});
         return json(200, {{"data", {{"associated_metadata", true}}}});
@@ -294,7 +294,7 @@ FakeXServer::Reply FakeXServer::media(const Request& request)
         if (!upload || !upload->finalized)
             return json(400, {{"title", "Invalid Request"}});
         const bool done = ++upload->statusPolls >= m_processingPolls;
-        nlohmann::json info = {{"state", done ? "succeeded" : "in_progress"}, {"progress_percent", done ? 100 : 50}};
+        Json info = {{"state", done ? "succeeded" : "in_progress"}, {"progress_percent", done ? 100 : 50}};
         if (!done)
             info["check_after_secs"] = m_checkAfterSecs;
         return json(200, {{"data", {{"id", request.queryValue("media_id").toStdString()}, {"processing_info", info}}}});
@@ -314,7 +314,7 @@ FakeXServer::Reply FakeXServer::media(const Request& request)
         if (upload->received != upload->totalBytes)
             return json(400, {{"title", "Invalid Request"}, {"detail", "size mismatch"}});
         upload->finalized = true;
-        nlohmann::json data = {{"id", parts[4].toStdString()}, {"size", upload->totalBytes}};
+        Json data = {{"id", parts[4].toStdString()}, {"size", upload->totalBytes}};
         if (upload->video)
             data["processing_info"] = {{"state", "pending"}, {"check_after_secs", m_checkAfterSecs}};
         return json(200, {{"data", data}});

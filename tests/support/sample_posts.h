@@ -4,6 +4,18 @@
 
 #include <QList>
 
+// An attachment in the media folder, named after its id as the importer names files.
+inline PostMedia sampleMedia(MediaType type)
+{
+    PostMedia media;
+    media.id = QUuid::createUuid();
+    media.type = type;
+    media.originalPath = FileUrl::fromLocalFile(QStringLiteral("/home/user/.local/share/quillo/Quillo/Media/")
+                                                + media.id.toString(QUuid::WithoutBraces).toUpper()
+                                                + (type == MediaType::image ? QStringLiteral(".png") : QStringLiteral(".mp4")));
+    return media;
+}
+
 // A realistic large schedule: three-post threads, two media per post (an image with
 // alt text and a trimmed video), accounts on two platforms.
 inline QList<ScheduledPost> samplePosts(int count, int variant = 0)
@@ -30,19 +42,9 @@ inline QList<ScheduledPost> samplePosts(int count, int variant = 0)
                                           .arg(p + 1)
                                           .arg(i)
                                           .arg(variant));
-            PostMedia image;
-            image.id = QUuid::createUuid();
-            image.type = MediaType::image;
-            image.originalPath = FileUrl::fromLocalFile(QStringLiteral("/home/user/.local/share/quillo/Quillo/Media/")
-                                                     + image.id.toString(QUuid::WithoutBraces).toUpper()
-                                                     + QStringLiteral(".png"));
+            PostMedia image = sampleMedia(MediaType::image);
             image.altText = QStringLiteral("A photo of the thing described in the text");
-            PostMedia video;
-            video.id = QUuid::createUuid();
-            video.type = MediaType::video;
-            video.originalPath = FileUrl::fromLocalFile(QStringLiteral("/home/user/.local/share/quillo/Quillo/Media/")
-                                                     + video.id.toString(QUuid::WithoutBraces).toUpper()
-                                                     + QStringLiteral(".mp4"));
+            PostMedia video = sampleMedia(MediaType::video);
             video.videoDuration = 42.5;
             video.trimClips = QList<ClipSegment>{{QUuid::createUuid(), 1.5, 30.25}};
             entry.mediaItems = {image, video};

@@ -1,7 +1,7 @@
+#include "support/random_text.h"
 #include "text/bluesky_character_counter.h"
 #include "text/mastodon_character_counter.h"
 #include "text/x_character_counter.h"
-#include "support/random_text.h"
 
 #include <QList>
 

@@ -1,5 +1,5 @@
-#include "text/graphemes.h"
 #include "support/random_text.h"
+#include "text/graphemes.h"
 
 #include <QList>
 #include <QRegularExpression>

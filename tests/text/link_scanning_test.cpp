@@ -1,13 +1,13 @@
 // The link and mention scanners are hand-written for speed. Each must find exactly what the
 // networks' own definitions, written here as regular expressions, find; random texts built
 // from the characters where the two could part are run through both.
+#include "support/random_text.h"
 #include "text/bluesky_character_counter.h"
 #include "text/bluesky_link_finder.h"
 #include "text/graphemes.h"
 #include "text/link_candidate_scanner.h"
 #include "text/mastodon_character_counter.h"
 #include "text/text_tokens.h"
-#include "support/random_text.h"
 
 #include <QList>
 #include <QRegularExpression>

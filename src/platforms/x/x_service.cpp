@@ -1,7 +1,7 @@
 #include "platforms/x/x_service.h"
 
-#include "platforms/x/x_log.h"
 #include "core/json.h"
+#include "platforms/x/x_log.h"
 
 #include <QFile>
 #include <QHttpMultiPart>
