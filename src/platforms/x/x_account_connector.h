@@ -55,8 +55,8 @@ private:
     QNetworkAccessManager& m_network;
     OAuthCallbackHub& m_callbacks;
     AccountManager& m_accounts;
-    XHosts m_hosts;
     UrlOpener& m_browser;
     const Clock& m_clock;
+    XHosts m_hosts;
     std::chrono::milliseconds m_callbackTimeout{std::chrono::minutes(10)};
 };
