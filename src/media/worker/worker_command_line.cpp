@@ -1,6 +1,9 @@
 #include "media/worker/worker_command_line.h"
 
+#include "media/silence_detector.h"
 #include "media/worker/image_job.h"
+#include "media/worker/level_envelope.h"
+#include "media/worker/media_probe.h"
 
 #include <cstdio>
 
@@ -13,6 +16,14 @@ const char* const kUsageText =
     "Usage: quillo-media JOB ARGS...\n"
     "\n"
     "Jobs:\n"
+    "  probe FILE\n"
+    "      Container, duration, streams (codec, size, frame rate, sample rate, channels)\n"
+    "      and rotation.\n"
+    "  envelope FILE [--buckets N] [--rate HZ]\n"
+    "      The level envelope of the first audio track: mono samples at HZ (8000),\n"
+    "      the peak of each of N buckets (100 a second). Unreadable audio gives N zeros.\n"
+    "  silences FILE\n"
+    "      The quiet ranges of the sound track, as the video editor finds them.\n"
     "  image IN OUT --format jpeg|png [--max-bytes N]\n"
     "      Decode IN and write it re-encoded to OUT. With --max-bytes, lower the JPEG\n"
     "      quality, then the size, until the file fits. Cut-off files are refused.\n"
@@ -20,7 +31,21 @@ const char* const kUsageText =
     "Each job prints one JSON line on stdout: its result, or {\"error\", \"message\"}.\n"
     "Exit status: 0 done, 1 the job failed, 2 usage error.\n";
 
-const char* const kImageUsageText = "Usage: quillo-media image IN OUT --format jpeg|png [--max-bytes N]\n";
+struct Job {
+    const char* name;
+    const char* usage;
+    QStringList valueOptions;
+    int positionalCount;
+};
+
+const Job kJobs[] = {
+    {"probe", "Usage: quillo-media probe FILE\n", {}, 1},
+    {"envelope", "Usage: quillo-media envelope FILE [--buckets N] [--rate HZ]\n",
+     {QStringLiteral("--buckets"), QStringLiteral("--rate")}, 1},
+    {"silences", "Usage: quillo-media silences FILE\n", {}, 1},
+    {"image", "Usage: quillo-media image IN OUT --format jpeg|png [--max-bytes N]\n",
+     {QStringLiteral("--format"), QStringLiteral("--max-bytes")}, 2},
+};
 
 int usage(const char* text, int status)
 {
@@ -39,47 +64,116 @@ bool wantsHelp(const QStringList& arguments)
     return arguments.contains(QStringLiteral("--help")) || arguments.contains(QStringLiteral("-h"));
 }
 
+// A positive whole number, or nothing.
+std::optional<qint64> positive(const QString& text)
+{
+    bool ok = false;
+    const qint64 value = text.toLongLong(&ok);
+    return ok && value > 0 ? std::optional(value) : std::nullopt;
+}
+
 } // namespace
+
+std::optional<WorkerCommandLine::Parsed> WorkerCommandLine::parse(const QStringList& arguments,
+                                                                  const QStringList& valueOptions)
+{
+    Parsed parsed;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (!argument.startsWith(QStringLiteral("--"))) {
+            parsed.positional.append(argument);
+            continue;
+        }
+        if (!valueOptions.contains(argument) || i + 1 >= arguments.size())
+            return std::nullopt;
+        parsed.options.insert(argument, arguments[++i]);
+    }
+    return parsed;
+}
 
 int WorkerCommandLine::run(const QStringList& arguments)
 {
     if (arguments.isEmpty())
         return usage(kUsageText, kUsage);
-    const QString job = arguments.first();
+    const QString name = arguments.first();
     const QStringList rest = arguments.mid(1);
-    if (job == QStringLiteral("image"))
-        return runImage(rest);
+    for (const Job& job : kJobs) {
+        if (name != QLatin1String(job.name))
+            continue;
+        if (wantsHelp(rest))
+            return usage(job.usage, 0);
+        const std::optional<Parsed> parsed = parse(rest, job.valueOptions);
+        if (!parsed || parsed->positional.size() != job.positionalCount)
+            return usage(job.usage, kUsage);
+        if (name == QStringLiteral("probe"))
+            return runProbe(*parsed);
+        if (name == QStringLiteral("envelope"))
+            return runEnvelope(*parsed);
+        if (name == QStringLiteral("silences"))
+            return runSilences(*parsed);
+        return runImage(*parsed);
+    }
     if (wantsHelp(arguments))
         return usage(kUsageText, 0);
-    std::fprintf(stderr, "quillo-media: unknown job \"%s\"\n\n", qUtf8Printable(job));
+    std::fprintf(stderr, "quillo-media: unknown job \"%s\"\n\n", qUtf8Printable(name));
     return usage(kUsageText, kUsage);
 }
 
-int WorkerCommandLine::runImage(const QStringList& arguments)
+int WorkerCommandLine::runProbe(const Parsed& parsed)
 {
-    if (wantsHelp(arguments))
-        return usage(kImageUsageText, 0);
+    return print(MediaProbe::run(parsed.positional[0]));
+}
+
+int WorkerCommandLine::runEnvelope(const Parsed& parsed)
+{
+    const auto buckets = parsed.options.contains(QStringLiteral("--buckets"))
+        ? positive(parsed.options.value(QStringLiteral("--buckets")))
+        : std::nullopt;
+    const auto rate = positive(
+        parsed.options.value(QStringLiteral("--rate"), QString::number(LevelEnvelope::kDefaultSampleRate)));
+    if ((parsed.options.contains(QStringLiteral("--buckets")) && !buckets) || !rate || *rate > 384000
+        || buckets.value_or(0) > 10'000'000)
+        return usage(kJobs[1].usage, kUsage);
+    LevelEnvelope::Options options;
+    options.buckets = int(buckets.value_or(0));
+    options.sampleRate = int(*rate);
+    const LevelEnvelope::Result envelope = LevelEnvelope::read(parsed.positional[0], options);
+    Json answer{{"duration", envelope.duration},
+                {"sampleRate", *rate},
+                {"samplesPerBucket", envelope.samplesPerBucket},
+                {"levels", envelope.levels}};
+    // Unreadable audio is still an envelope (a flat one); the reason goes along.
+    if (!envelope.problem.isEmpty())
+        answer["problem"] = envelope.problem.toStdString();
+    return print(answer);
+}
+
+int WorkerCommandLine::runSilences(const Parsed& parsed)
+{
+    const LevelEnvelope::Result envelope = LevelEnvelope::read(parsed.positional[0], {});
+    const auto silences = SilenceDetector::detectSilences(envelope.duration, envelope.levels,
+                                                          SilenceDetector::Config::forDuration(envelope.duration));
+    Json ranges = Json::array();
+    for (const TimeRange& silence : silences)
+        ranges.push_back({{"start", silence.start}, {"end", silence.end}});
+    Json answer{{"duration", envelope.duration}, {"silences", ranges}};
+    if (!envelope.problem.isEmpty())
+        answer["problem"] = envelope.problem.toStdString();
+    return print(answer);
+}
+
+int WorkerCommandLine::runImage(const Parsed& parsed)
+{
     ImageJob::Options options;
-    QStringList positional;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        const bool hasValue = i + 1 < arguments.size();
-        if (argument == QStringLiteral("--format") && hasValue) {
-            options.format = arguments[++i].toLatin1();
-        } else if (argument == QStringLiteral("--max-bytes") && hasValue) {
-            bool ok = false;
-            options.maxBytes = arguments[++i].toLongLong(&ok);
-            if (!ok || *options.maxBytes <= 0)
-                return usage(kImageUsageText, kUsage);
-        } else if (argument.startsWith(QStringLiteral("--"))) {
-            return usage(kImageUsageText, kUsage);
-        } else {
-            positional.append(argument);
-        }
+    options.input = parsed.positional[0];
+    options.output = parsed.positional[1];
+    options.format = parsed.options.value(QStringLiteral("--format")).toLatin1();
+    if (parsed.options.contains(QStringLiteral("--max-bytes"))) {
+        options.maxBytes = positive(parsed.options.value(QStringLiteral("--max-bytes")));
+        if (!options.maxBytes)
+            return usage(kJobs[3].usage, kUsage);
     }
-    if (positional.size() != 2 || (options.format != "png" && options.format != "jpeg"))
-        return usage(kImageUsageText, kUsage);
-    options.input = positional[0];
-    options.output = positional[1];
+    if (options.format != "png" && options.format != "jpeg")
+        return usage(kJobs[3].usage, kUsage);
     return print(ImageJob::run(options));
 }
