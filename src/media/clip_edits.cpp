@@ -31,19 +31,6 @@ std::vector<double> cutPoints(const std::vector<TimeRange>& silences, double dur
     return kept;
 }
 
-std::vector<TimeRange> sortedAndMerged(std::vector<TimeRange> ranges)
-{
-    std::sort(ranges.begin(), ranges.end(), [](const TimeRange& a, const TimeRange& b) { return a.start < b.start; });
-    std::vector<TimeRange> merged;
-    for (const TimeRange& range : ranges) {
-        if (!merged.empty() && range.start <= merged.back().end)
-            merged.back().end = std::max(merged.back().end, range.end);
-        else
-            merged.push_back(range);
-    }
-    return merged;
-}
-
 } // namespace
 
 std::optional<QList<ClipSegment>> splitAt(const QList<ClipSegment>& clips, double time)
@@ -82,7 +69,7 @@ QList<ClipSegment> splitAtSilences(const QList<ClipSegment>& clips, const std::v
 
 QList<ClipSegment> removeSilences(const QList<ClipSegment>& clips, std::vector<TimeRange> silences)
 {
-    const std::vector<TimeRange> quiet = sortedAndMerged(std::move(silences));
+    const std::vector<TimeRange> quiet = TimeRange::sortedAndMerged(std::move(silences));
     QList<ClipSegment> result;
     auto keep = [&result](const ClipSegment& clip, double start, double end) {
         if (end - start < kShortestPiece)
@@ -107,7 +94,7 @@ std::vector<TimeRange> visibleSilences(const std::vector<TimeRange>& silences, c
     std::vector<TimeRange> visible;
     std::copy_if(silences.begin(), silences.end(), std::back_inserter(visible),
                  [&hiddenCentres](const TimeRange& silence) { return !hiddenCentres.contains(silence.centre()); });
-    return sortedAndMerged(std::move(visible));
+    return TimeRange::sortedAndMerged(std::move(visible));
 }
 
 } // namespace ClipEdits

@@ -155,19 +155,6 @@ std::vector<TimeRange> toSeconds(const std::vector<Run>& runs, const std::vector
     return ranges;
 }
 
-std::vector<TimeRange> merged(std::vector<TimeRange> ranges, double gap)
-{
-    std::stable_sort(ranges.begin(), ranges.end(), [](const TimeRange& a, const TimeRange& b) { return a.start < b.start; });
-    std::vector<TimeRange> out;
-    for (const TimeRange& range : ranges) {
-        if (out.empty() || range.start - out.back().end > gap)
-            out.push_back(range);
-        else
-            out.back().end = std::max(out.back().end, range.end);
-    }
-    return out;
-}
-
 } // namespace
 
 Config Config::forDuration(double duration)
@@ -191,7 +178,7 @@ std::vector<TimeRange> detectSilences(double duration, std::span<const float> en
     if (runs.empty())
         return {};
 
-    std::vector<TimeRange> ranges = merged(toSeconds(runs, s, duration, config), config.mergeSilenceGap);
+    std::vector<TimeRange> ranges = TimeRange::sortedAndMerged(toSeconds(runs, s, duration, config), config.mergeSilenceGap);
     if (config.maxCuts >= 0 && std::int64_t(ranges.size()) > config.maxCuts)
         ranges.resize(std::size_t(config.maxCuts));
     return ranges;

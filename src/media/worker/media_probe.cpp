@@ -6,6 +6,7 @@ extern "C" {
 #include <libavutil/display.h>
 }
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -58,16 +59,11 @@ Json MediaProbe::run(const QString& path)
     if (!input)
         return {{"error", "unreadable"}, {"message", QString(path + QStringLiteral(": ") + error).toStdString()}};
     Json streams = Json::array();
-    int rotation = 0;
-    bool rotationFound = false;
-    for (unsigned i = 0; i < input->nb_streams; ++i) {
-        const AVStream& stream = *input->streams[i];
-        streams.push_back(describe(stream));
-        if (!rotationFound && stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO) {
-            rotation = rotationOf(stream);
-            rotationFound = true;
-        }
-    }
+    for (unsigned i = 0; i < input->nb_streams; ++i)
+        streams.push_back(describe(*input->streams[i]));
+    // The file's rotation is its first video stream's.
+    const auto video = std::find_if(streams.begin(), streams.end(), [](const Json& stream) { return stream["type"] == "video"; });
+    const int rotation = video == streams.end() ? 0 : (*video)["rotation"].get<int>();
     const double duration = input->duration > 0 ? double(input->duration) / AV_TIME_BASE : 0.0;
     return {{"container", input->iformat->name}, {"duration", duration}, {"streams", streams}, {"rotation", rotation}};
 }

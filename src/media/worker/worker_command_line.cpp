@@ -5,7 +5,10 @@
 #include "media/worker/level_envelope.h"
 #include "media/worker/media_probe.h"
 
+#include <QMap>
+
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -31,21 +34,14 @@ const char* const kUsageText =
     "Each job prints one JSON line on stdout: its result, or {\"error\", \"message\"}.\n"
     "Exit status: 0 done, 1 the job failed, 2 usage error.\n";
 
-struct Job {
-    const char* name;
-    const char* usage;
-    QStringList valueOptions;
-    int positionalCount;
+// Positional arguments and the values of --name VALUE options.
+struct Parsed {
+    QStringList positional;
+    QMap<QString, QString> options;
 };
 
-const Job kJobs[] = {
-    {"probe", "Usage: quillo-media probe FILE\n", {}, 1},
-    {"envelope", "Usage: quillo-media envelope FILE [--buckets N] [--rate HZ]\n",
-     {QStringLiteral("--buckets"), QStringLiteral("--rate")}, 1},
-    {"silences", "Usage: quillo-media silences FILE\n", {}, 1},
-    {"image", "Usage: quillo-media image IN OUT --format jpeg|png [--max-bytes N]\n",
-     {QStringLiteral("--format"), QStringLiteral("--max-bytes")}, 2},
-};
+const char* const kEnvelopeUsage = "Usage: quillo-media envelope FILE [--buckets N] [--rate HZ]\n";
+const char* const kImageUsage = "Usage: quillo-media image IN OUT --format jpeg|png [--max-bytes N]\n";
 
 int usage(const char* text, int status)
 {
@@ -72,10 +68,7 @@ std::optional<qint64> positive(const QString& text)
     return ok && value > 0 ? std::optional(value) : std::nullopt;
 }
 
-} // namespace
-
-std::optional<WorkerCommandLine::Parsed> WorkerCommandLine::parse(const QStringList& arguments,
-                                                                  const QStringList& valueOptions)
+std::optional<Parsed> parse(const QStringList& arguments, const QStringList& valueOptions)
 {
     Parsed parsed;
     for (qsizetype i = 0; i < arguments.size(); ++i) {
@@ -91,40 +84,12 @@ std::optional<WorkerCommandLine::Parsed> WorkerCommandLine::parse(const QStringL
     return parsed;
 }
 
-int WorkerCommandLine::run(const QStringList& arguments)
-{
-    if (arguments.isEmpty())
-        return usage(kUsageText, kUsage);
-    const QString name = arguments.first();
-    const QStringList rest = arguments.mid(1);
-    for (const Job& job : kJobs) {
-        if (name != QLatin1String(job.name))
-            continue;
-        if (wantsHelp(rest))
-            return usage(job.usage, 0);
-        const std::optional<Parsed> parsed = parse(rest, job.valueOptions);
-        if (!parsed || parsed->positional.size() != job.positionalCount)
-            return usage(job.usage, kUsage);
-        if (name == QStringLiteral("probe"))
-            return runProbe(*parsed);
-        if (name == QStringLiteral("envelope"))
-            return runEnvelope(*parsed);
-        if (name == QStringLiteral("silences"))
-            return runSilences(*parsed);
-        return runImage(*parsed);
-    }
-    if (wantsHelp(arguments))
-        return usage(kUsageText, 0);
-    std::fprintf(stderr, "quillo-media: unknown job \"%s\"\n\n", qUtf8Printable(name));
-    return usage(kUsageText, kUsage);
-}
-
-int WorkerCommandLine::runProbe(const Parsed& parsed)
+int runProbe(const Parsed& parsed)
 {
     return print(MediaProbe::run(parsed.positional[0]));
 }
 
-int WorkerCommandLine::runEnvelope(const Parsed& parsed)
+int runEnvelope(const Parsed& parsed)
 {
     const auto buckets = parsed.options.contains(QStringLiteral("--buckets"))
         ? positive(parsed.options.value(QStringLiteral("--buckets")))
@@ -133,7 +98,7 @@ int WorkerCommandLine::runEnvelope(const Parsed& parsed)
         parsed.options.value(QStringLiteral("--rate"), QString::number(LevelEnvelope::kDefaultSampleRate)));
     if ((parsed.options.contains(QStringLiteral("--buckets")) && !buckets) || !rate || *rate > 384000
         || buckets.value_or(0) > 10'000'000)
-        return usage(kJobs[1].usage, kUsage);
+        return usage(kEnvelopeUsage, kUsage);
     LevelEnvelope::Options options;
     options.buckets = int(buckets.value_or(0));
     options.sampleRate = int(*rate);
@@ -148,7 +113,7 @@ int WorkerCommandLine::runEnvelope(const Parsed& parsed)
     return print(answer);
 }
 
-int WorkerCommandLine::runSilences(const Parsed& parsed)
+int runSilences(const Parsed& parsed)
 {
     const LevelEnvelope::Result envelope = LevelEnvelope::read(parsed.positional[0], {});
     const auto silences = SilenceDetector::detectSilences(envelope.duration, envelope.levels,
@@ -162,7 +127,7 @@ int WorkerCommandLine::runSilences(const Parsed& parsed)
     return print(answer);
 }
 
-int WorkerCommandLine::runImage(const Parsed& parsed)
+int runImage(const Parsed& parsed)
 {
     ImageJob::Options options;
     options.input = parsed.positional[0];
@@ -171,9 +136,48 @@ int WorkerCommandLine::runImage(const Parsed& parsed)
     if (parsed.options.contains(QStringLiteral("--max-bytes"))) {
         options.maxBytes = positive(parsed.options.value(QStringLiteral("--max-bytes")));
         if (!options.maxBytes)
-            return usage(kJobs[3].usage, kUsage);
+            return usage(kImageUsage, kUsage);
     }
     if (options.format != "png" && options.format != "jpeg")
-        return usage(kJobs[3].usage, kUsage);
+        return usage(kImageUsage, kUsage);
     return print(ImageJob::run(options));
+}
+
+struct Job {
+    const char* name;
+    const char* usage;
+    QStringList valueOptions;
+    int positionalCount;
+    int (*run)(const Parsed&);
+};
+
+const Job kJobs[] = {
+    {"probe", "Usage: quillo-media probe FILE\n", {}, 1, runProbe},
+    {"envelope", kEnvelopeUsage, {QStringLiteral("--buckets"), QStringLiteral("--rate")}, 1, runEnvelope},
+    {"silences", "Usage: quillo-media silences FILE\n", {}, 1, runSilences},
+    {"image", kImageUsage, {QStringLiteral("--format"), QStringLiteral("--max-bytes")}, 2, runImage},
+};
+
+} // namespace
+
+int WorkerCommandLine::run(const QStringList& arguments)
+{
+    if (arguments.isEmpty())
+        return usage(kUsageText, kUsage);
+    const QString name = arguments.first();
+    const QStringList rest = arguments.mid(1);
+    for (const Job& job : kJobs) {
+        if (name != QLatin1String(job.name))
+            continue;
+        if (wantsHelp(rest))
+            return usage(job.usage, 0);
+        const std::optional<Parsed> parsed = parse(rest, job.valueOptions);
+        if (!parsed || parsed->positional.size() != job.positionalCount)
+            return usage(job.usage, kUsage);
+        return job.run(*parsed);
+    }
+    if (wantsHelp(arguments))
+        return usage(kUsageText, 0);
+    std::fprintf(stderr, "quillo-media: unknown job \"%s\"\n\n", qUtf8Printable(name));
+    return usage(kUsageText, kUsage);
 }
