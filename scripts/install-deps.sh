@@ -13,6 +13,8 @@ packages=(
   libcpp-httplib-dev
   libgtest-dev libgmock-dev
   libbenchmark-dev
+  # The ffmpeg command line is the yardstick of the export benchmark; the fonts draw burned-in captions.
+  ffmpeg fonts-dejavu-core
 )
 
 missing=()

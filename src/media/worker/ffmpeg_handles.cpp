@@ -1,5 +1,7 @@
 #include "media/worker/ffmpeg_handles.h"
 
+#include <cmath>
+
 namespace Ffmpeg {
 
 QString errorText(int code)
@@ -25,16 +27,29 @@ Input openInput(const QString& path, QString* error)
     return input;
 }
 
-Codec openDecoder(const AVStream& stream)
+Codec openDecoder(const AVStream& stream, int threads)
 {
     const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
     if (!decoder)
         return nullptr;
     Codec codec(avcodec_alloc_context3(decoder));
-    if (!codec || avcodec_parameters_to_context(codec.get(), stream.codecpar) < 0
-        || avcodec_open2(codec.get(), decoder, nullptr) < 0)
+    if (!codec || avcodec_parameters_to_context(codec.get(), stream.codecpar) < 0)
+        return nullptr;
+    codec->thread_count = threads;
+    codec->pkt_timebase = stream.time_base;
+    if (avcodec_open2(codec.get(), decoder, nullptr) < 0)
         return nullptr;
     return codec;
+}
+
+double seconds(int64_t timestamp, AVRational timeBase)
+{
+    return double(timestamp) * av_q2d(timeBase);
+}
+
+int64_t timestamp(double seconds, AVRational timeBase)
+{
+    return int64_t(std::llround(seconds / av_q2d(timeBase)));
 }
 
 } // namespace Ffmpeg

@@ -2,7 +2,9 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavfilter/avfilter.h>
 #include <libavformat/avformat.h>
+#include <libavutil/audio_fifo.h>
 #include <libswresample/swresample.h>
 }
 
@@ -29,7 +31,20 @@ struct ResamplerFreer {
     void operator()(SwrContext* context) const { swr_free(&context); }
 };
 
+struct FilterGraphFreer {
+    void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
+};
+struct FilterInOutFreer {
+    void operator()(AVFilterInOut* inOut) const { avfilter_inout_free(&inOut); }
+};
+struct AudioFifoFreer {
+    void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }
+};
+
 using Input = std::unique_ptr<AVFormatContext, InputCloser>;
+using FilterGraph = std::unique_ptr<AVFilterGraph, FilterGraphFreer>;
+using FilterInOut = std::unique_ptr<AVFilterInOut, FilterInOutFreer>;
+using AudioFifo = std::unique_ptr<AVAudioFifo, AudioFifoFreer>;
 using Codec = std::unique_ptr<AVCodecContext, CodecFreer>;
 using Frame = std::unique_ptr<AVFrame, FrameFreer>;
 using Packet = std::unique_ptr<AVPacket, PacketFreer>;
@@ -43,6 +58,12 @@ QString errorText(int code);
 Input openInput(const QString& path, QString* error);
 
 // A decoder for one stream, opened; nothing when the codec is unknown or refuses.
-Codec openDecoder(const AVStream& stream);
+// `threads` 0 lets the decoder use every core.
+Codec openDecoder(const AVStream& stream, int threads = 1);
+
+// A stream's timestamp in seconds.
+double seconds(int64_t timestamp, AVRational timeBase);
+// Seconds as a timestamp of a stream.
+int64_t timestamp(double seconds, AVRational timeBase);
 
 } // namespace Ffmpeg
