@@ -25,3 +25,13 @@ MediaError MediaError::workerFailed(const QString& detail)
 {
     return MediaError(Kind::workerFailed, QStringLiteral("The media worker failed: ") + detail);
 }
+
+MediaError MediaError::invalidRequest(const QString& message)
+{
+    return MediaError(Kind::invalidRequest, message);
+}
+
+MediaError MediaError::cancelled()
+{
+    return MediaError(Kind::cancelled, QStringLiteral("The media job was cancelled"));
+}

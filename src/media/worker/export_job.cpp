@@ -131,6 +131,7 @@ Json ExportJob::run(const VideoExportRequest& request, const SessionHooks& hooks
             log(QStringLiteral("VideoEditor: Cannot use preset %1: %2").arg(name(preset), outcome.error));
             continue;
         case SessionOutcome::Status::completed:
+            hooks.progress(1.0);
             log(QStringLiteral("VideoEditor: Export completed with status: completed"));
             log(QStringLiteral("VideoEditor: Export successful, calling onReady"));
             return completed(request, preset, *composition);

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "media/video_exporter.h"
+#include "model/post.h"
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+
+#include <qcoro/qcorotask.h>
+
+#include <functional>
+
+class PreferenceStore;
+
+// A thread whose videos were exported for publishing, and the files to remove afterwards.
+struct PreparedThread {
+    QList<Post> posts;
+    QStringList temporaryFiles;
+};
+
+// Makes a thread's videos ready to upload before publishing: each video exported with its
+// own preset or the "PublishingExportPreset" preference, only its trim clips kept, its
+// captions burned in when asked, the watermark drawn when switched on; into "Quillo-Video"
+// under the temporary folder. A thread without videos passes through untouched.
+class MediaPreparationService : public QObject {
+    Q_OBJECT
+public:
+    // "Compressing videos (" i "/" n ")", and the share done of all videos.
+    using Progress = std::function<void(const QString& status, double fraction)>;
+
+    MediaPreparationService(VideoExporter& exporter, const PreferenceStore& preferences, QString temporaryRoot,
+                            QObject* parent = nullptr);
+
+    QString workingFolder() const;
+    static int videoCount(const QList<Post>& thread);
+
+    // Throws VideoPreparationError::compression, or MediaError::cancelled(); the files made
+    // so far are then removed.
+    QCoro::Task<PreparedThread> prepare(QList<Post> thread, Progress progress);
+    void cancel();
+    // Removes the exported files once they were uploaded (or publishing gave up).
+    static void discard(const PreparedThread& prepared);
+
+private:
+    VideoExportRequest requestFor(const PostMedia& item) const;
+
+    VideoExporter& m_exporter;
+    const PreferenceStore& m_preferences;
+    QString m_temporaryRoot;
+    bool m_cancelled = false;
+};
