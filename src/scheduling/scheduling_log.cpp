@@ -1,0 +1,3 @@
+#include "scheduling/scheduling_log.h"
+
+Q_LOGGING_CATEGORY(lcScheduler, "quillo.scheduler")
