@@ -128,7 +128,10 @@ TEST_F(VideoExport, PassthroughCopiesEveryBitAndStartsRangesOnKeyFrames)
     const WorkerRun whole = runWorker({QStringLiteral("export"), source, out(QStringLiteral("copy.m4v")), QStringLiteral("--preset"),
                                        QStringLiteral("original")});
     ASSERT_EQ(whole.exitCode, 0) << whole.log.toStdString();
-    EXPECT_EQ(videoPackets(out(QStringLiteral("copy.m4v"))), videoPackets(source));
+    const std::vector<QByteArray> copied = videoPackets(out(QStringLiteral("copy.m4v")));
+    const std::vector<QByteArray> original = videoPackets(source);
+    ASSERT_EQ(copied.size(), original.size());
+    EXPECT_TRUE(copied == original) << "a copied packet differs from the source";
     EXPECT_EQ(probe(out(QStringLiteral("copy.m4v")))["rotation"], 270);
 
     // Key frames each second: 2.5–3.5 starts at 2 s, 4.2–5 at 4 s.
@@ -216,12 +219,27 @@ TEST_F(VideoExport, BadInputGetsAClearErrorAndLeavesNothingBehind)
         EXPECT_EQ(wrong.answer["error"], "invalidClips") << clips.toStdString();
         EXPECT_TRUE(QString::fromStdString(wrong.answer["message"].get<std::string>()).startsWith(QStringLiteral("Clip ")));
     }
+    // A download that did not finish: the header promises 3 s, the pictures stop near 1.5 s.
+    ASSERT_EQ(runWorker({QStringLiteral("export"), mute, out(QStringLiteral("whole.mp4")), QStringLiteral("--preset"),
+                         QStringLiteral("original")})
+                  .exitCode,
+              0);
+    QFile whole(out(QStringLiteral("whole.mp4")));
+    ASSERT_TRUE(whole.open(QIODevice::ReadWrite));
+    whole.resize(whole.size() / 2);
+    whole.close();
+    for (const QString& preset : {QStringLiteral("original"), QStringLiteral("hd")}) {
+        const WorkerRun cut = runWorker({QStringLiteral("export"), whole.fileName(), out(QStringLiteral("f.mp4")),
+                                         QStringLiteral("--preset"), preset});
+        EXPECT_EQ(cut.answer["error"], "exportFailed") << cut.answer.dump();
+        EXPECT_TRUE(QString::fromStdString(cut.answer.value("message", std::string())).contains(QStringLiteral("cut short")));
+    }
     const WorkerRun unwritable =
         runWorker(QStringList{QStringLiteral("export"), mute, dir.filePath(QStringLiteral("missing/folder/e.mp4"))} + hd);
     EXPECT_EQ(unwritable.exitCode, 1);
     EXPECT_EQ(unwritable.answer["error"], "exportFailed");
 
-    for (const QString& name : {QStringLiteral("a.mp4"), QStringLiteral("b.mp4"), QStringLiteral("d.mp4")})
+    for (const QString& name : {QStringLiteral("a.mp4"), QStringLiteral("b.mp4"), QStringLiteral("d.mp4"), QStringLiteral("f.mp4")})
         EXPECT_FALSE(QFile::exists(out(name))) << name.toStdString();
     EXPECT_FALSE(hasPartialFiles());
 }

@@ -4,7 +4,9 @@ extern "C" {
 #include <libavutil/display.h>
 }
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -18,12 +20,13 @@ int rotationOf(const AVStream& stream)
     return degrees < 0 ? degrees + 360 : degrees;
 }
 
+// The picture's length: the sound may run on past it, and what is exported is the video.
 double durationOf(const AVFormatContext& input, const AVStream& video)
 {
-    if (input.duration > 0)
-        return double(input.duration) / AV_TIME_BASE;
     if (video.duration > 0)
         return Ffmpeg::seconds(video.duration, video.time_base);
+    if (input.duration > 0)
+        return double(input.duration) / AV_TIME_BASE;
     return 0;
 }
 
@@ -79,4 +82,16 @@ bool ExportSource::seek(double seconds) const
 double ExportSource::timeOf(int64_t timestamp, const AVStream& stream) const
 {
     return Ffmpeg::seconds(timestamp, stream.time_base) - m_startOffset;
+}
+
+double ExportSource::cutShortTolerance() const
+{
+    const AVRational rate = video().avg_frame_rate;
+    const double interval = rate.num > 0 && rate.den > 0 ? av_q2d(av_inv_q(rate)) : 0.04;
+    return std::max(0.5, 2 * interval);
+}
+
+double ExportSource::stopOf(double end) const
+{
+    return end >= m_duration - 1e-3 ? std::numeric_limits<double>::infinity() : end;
 }

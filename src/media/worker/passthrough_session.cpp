@@ -83,8 +83,10 @@ SessionOutcome PassthroughSession::copyRange(const TimeRange& range, const Sessi
     // Audio read before the range's first key frame waits until that frame says where the range begins.
     std::deque<Ffmpeg::Packet> early;
     std::optional<double> begin;
+    const double stop = m_source.stopOf(range.end);
     bool videoDone = false;
     bool audioDone = audio == nullptr;
+    double lastTime = range.start;
     QString error;
     while (!(videoDone && audioDone) && av_read_frame(&m_source.input(), packet.get()) >= 0) {
         if (hooks.cancelled())
@@ -97,7 +99,8 @@ SessionOutcome PassthroughSession::copyRange(const TimeRange& range, const Sessi
             }
             if (!begin)
                 begin = packetTime(m_source, *packet, video, false);
-            if (time >= range.end) {
+            lastTime = packetTime(m_source, *packet, video, false);
+            if (time >= stop) {
                 videoDone = true;
             } else {
                 if (!writeShifted(*packet, m_video, m_cursor - *begin, &error))
@@ -106,12 +109,12 @@ SessionOutcome PassthroughSession::copyRange(const TimeRange& range, const Sessi
             }
             for (; begin && !early.empty(); early.pop_front()) {
                 const double audioTime = packetTime(m_source, *early.front(), *audio, false);
-                if (audioTime >= *begin && audioTime < range.end && !writeShifted(*early.front(), m_audio, m_cursor - *begin, &error))
+                if (audioTime >= *begin && audioTime < stop && !writeShifted(*early.front(), m_audio, m_cursor - *begin, &error))
                     return SessionOutcome::failed(error);
             }
         } else if (audio && packet->stream_index == m_audio.input && !audioDone) {
             const double time = packetTime(m_source, *packet, *audio, false);
-            if (time >= range.end) {
+            if (time >= stop) {
                 audioDone = true;
             } else if (!begin) {
                 early.emplace_back(av_packet_clone(packet.get()));
@@ -121,6 +124,8 @@ SessionOutcome PassthroughSession::copyRange(const TimeRange& range, const Sessi
         }
         av_packet_unref(packet.get());
     }
+    if (!videoDone && lastTime < range.end - m_source.cutShortTolerance())
+        return SessionOutcome::failed(cutShort(lastTime));
     m_cursor += range.end - begin.value_or(range.start);
     return SessionOutcome::completed();
 }

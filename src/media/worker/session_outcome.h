@@ -19,6 +19,11 @@ struct SessionOutcome {
     static SessionOutcome cancelled() { return {Status::cancelled, QStringLiteral("cancelled")}; }
 };
 
+inline QString cutShort(double lastTime)
+{
+    return QStringLiteral("The video file is cut short: its pictures end at %1 s").arg(lastTime, 0, 'f', 2);
+}
+
 // What an attempt reports while it runs, and how it learns it should stop.
 struct SessionHooks {
     // Once the session is set up, before the first frame.

@@ -145,6 +145,7 @@ SessionOutcome TranscodeSession::transcodeRange(const TimeRange& range, const Se
     }
     bool videoDone = false;
     bool audioDone = m_audio == nullptr;
+    m_lastTime = range.start;
     QString error;
     Ffmpeg::Packet packet(av_packet_alloc());
     while (!(videoDone && audioDone) && av_read_frame(&m_source.input(), packet.get()) >= 0) {
@@ -173,6 +174,8 @@ SessionOutcome TranscodeSession::transcodeRange(const TimeRange& range, const Se
         if (!takeAudioFrames(range, audioDone, &error))
             return SessionOutcome::failed(error);
     }
+    if (!videoDone && m_lastTime < range.end - m_source.cutShortTolerance())
+        return SessionOutcome::failed(cutShort(m_lastTime));
     if (m_audio && !m_audio->endRange(&error))
         return SessionOutcome::failed(error);
     m_cursor += range.duration();
@@ -185,7 +188,8 @@ bool TranscodeSession::takeVideoFrames(const TimeRange& range, bool& done, const
     while (!done && avcodec_receive_frame(m_decoder.get(), m_frame.get()) == 0) {
         const int64_t stamp = m_frame->best_effort_timestamp != AV_NOPTS_VALUE ? m_frame->best_effort_timestamp : m_frame->pts;
         const double time = stamp == AV_NOPTS_VALUE ? range.start : m_source.timeOf(stamp, input);
-        if (time >= range.end - kEdge) {
+        m_lastTime = time;
+        if (time >= m_source.stopOf(range.end) - kEdge) {
             done = true;
         } else if (time >= range.start - kEdge) {
             int64_t pts = Ffmpeg::timestamp(m_cursor + std::max(0.0, time - range.start), input.time_base);

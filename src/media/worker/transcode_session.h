@@ -47,5 +47,7 @@ private:
     Ffmpeg::Frame m_frame{av_frame_alloc()};
     Ffmpeg::Frame m_filtered{av_frame_alloc()};
     double m_cursor = 0;
+    // The time of the last picture decoded, to tell a file that ends early.
+    double m_lastTime = 0;
     int64_t m_lastPts = AV_NOPTS_VALUE;
 };
