@@ -2,6 +2,7 @@
 
 #include "app/app_log.h"
 #include "app/launch_options.h"
+#include "app/publishing_stack.h"
 #include "app/quillo_instance.h"
 #include "app/unix_signal_watcher.h"
 #include "channel/command_channel_client.h"
@@ -142,6 +143,7 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     if (options.mode == RunMode::desktop)
         qCInfo(lcApp).noquote() << "Windows are not part of this build yet; running without them";
     QuilloInstance instance(paths, options, preferences);
+    PublishingStack publishing(paths, preferences, scheduler, accounts, network, clock);
 
     UnixSignalWatcher signals;
     signals.watch(SIGINT);
@@ -156,6 +158,7 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     // arrived meanwhile wait in the channel's queue until the loop runs.
     accounts.reload();
     scheduler.loadPosts();
+    publishing.start();
     const int status = app.exec();
     scheduler.waitForPendingSaves();
     preferences.sync();

@@ -251,6 +251,8 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::scheduled(CommandParams params)
         co_return co_await editScheduled(params);
     if (*action == QStringLiteral("delete"))
         co_return deleteScheduled(params);
+    if (*action == QStringLiteral("retry"))
+        co_return retryScheduled(params);
     throw URLSchemeError::failed(QStringLiteral("Unknown scheduled action: '") + *action
                                  + QStringLiteral("'. Valid actions: 'edit', 'delete'"));
 }
@@ -313,6 +315,19 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::editScheduled(CommandParams params
         co_return succeeded(QStringLiteral("Scheduled post edited in background (stealth mode)"));
     Q_EMIT m_events.scheduledPostEditRequested(post);
     co_return succeeded(QStringLiteral("Opened scheduler for editing post"));
+}
+
+CommandOutcome URLSchemeHandler::retryScheduled(const CommandParams& params)
+{
+    const ScheduledPost post = storedPost(m_scheduler, params);
+    if (post.status != PostStatus::failed)
+        throw URLSchemeError::failed(QStringLiteral("Only a failed post can be retried (ID: %1, status: %2)")
+                                         .arg(post.id.toString(QUuid::WithoutBraces).toUpper(), rawValue(post.status)));
+    // Queued again with its delivery record kept: accounts that have the thread are skipped
+    // and a thread cut short continues where it stopped.
+    m_scheduler.updateStatus(post.id, PostStatus::queued, std::nullopt);
+    announceSaved();
+    return succeeded(QStringLiteral("Scheduled post queued for retry"));
 }
 
 CommandOutcome URLSchemeHandler::deleteScheduled(const CommandParams& params)

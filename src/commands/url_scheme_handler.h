@@ -43,6 +43,7 @@ private:
     QCoro::Task<CommandOutcome> schedule(CommandParams params);
     QCoro::Task<CommandOutcome> editScheduled(CommandParams params);
     CommandOutcome deleteScheduled(const CommandParams& params);
+    CommandOutcome retryScheduled(const CommandParams& params);
     QCoro::Task<CommandOutcome> scheduled(CommandParams params);
     CommandOutcome openCalendar(const CommandParams& params);
     CommandOutcome settings(const CommandParams& params);

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "media/media_preparation_service.h"
+#include "media/worker_media_prober.h"
+#include "media/worker_video_exporter.h"
+#include "scheduling/media_validator.h"
+#include "scheduling/network_publisher_factory.h"
+#include "scheduling/publishing_service.h"
+#include "scheduling/scheduler_loop.h"
+#include "store/delivery_record_store.h"
+
+class AccountManager;
+class AppPaths;
+class Clock;
+class PreferenceStore;
+class QNetworkAccessManager;
+class SchedulerService;
+
+// Everything between a stored scheduled post and the networks, put together for the
+// instance: the media worker's exporter and prober, the clients, the delivery records,
+// the publishing service and the minute loop.
+class PublishingStack {
+public:
+    PublishingStack(const AppPaths& paths, PreferenceStore& preferences, SchedulerService& store, AccountManager& accounts,
+                    QNetworkAccessManager& network, const Clock& clock);
+
+    // Settles posts an earlier instance left mid-publication, then starts the minute loop.
+    void start();
+
+    PublishingService& publishing() { return m_publishing; }
+    SchedulerLoop& loop() { return m_loop; }
+
+private:
+    WorkerVideoExporter m_exporter;
+    WorkerMediaProber m_prober;
+    MediaPreparationService m_media;
+    MediaValidator m_validator;
+    DeliveryRecordStore m_deliveries;
+    NetworkPublisherFactory m_publishers;
+    PublishingService m_publishing;
+    SchedulerLoop m_loop;
+};

@@ -1,0 +1,47 @@
+#include "scheduling/network_publisher_factory.h"
+
+#include "scheduling/scheduling_log.h"
+#include "scheduling/x_account_publisher.h"
+
+NetworkPublisherFactory::NetworkPublisherFactory(QNetworkAccessManager& network, const Clock& clock, Endpoints endpoints)
+    : m_network(network)
+    , m_clock(clock)
+    , m_endpoints(std::move(endpoints))
+{
+}
+
+NetworkPublisherFactory::~NetworkPublisherFactory() = default;
+
+AccountPublisher* NetworkPublisherFactory::publisherFor(const SocialAccount& account)
+{
+    auto found = m_publishers.find(account.id);
+    if (found == m_publishers.end()) {
+        std::unique_ptr<AccountPublisher> publisher = make(account);
+        if (!publisher)
+            return nullptr;
+        found = m_publishers.emplace(account.id, std::move(publisher)).first;
+    }
+    return found->second.get();
+}
+
+std::unique_ptr<AccountPublisher> NetworkPublisherFactory::make(const SocialAccount& account) const
+{
+    switch (account.platform) {
+    case PlatformType::x: {
+        const std::optional<OAuthCredential> credential = XAccountPublisher::credentialOf(account);
+        if (!credential)
+            return nullptr;
+        XHosts hosts;
+        if (const auto base = m_endpoints.baseFor(QStringLiteral("x"))) {
+            hosts.api = *base;
+            hosts.web = *base;
+        }
+        return std::make_unique<XAccountPublisher>(std::make_unique<XService>(m_network, *credential, m_clock, hosts));
+    }
+    case PlatformType::bluesky:
+    case PlatformType::mastodon:
+        qCWarning(lcScheduler).noquote() << "No publisher for" << rawValue(account.platform) << "accounts in this build";
+        return nullptr;
+    }
+    return nullptr;
+}

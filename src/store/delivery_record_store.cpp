@@ -1,0 +1,53 @@
+#include "store/delivery_record_store.h"
+
+#include "store/store_log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSaveFile>
+
+DeliveryRecordStore::DeliveryRecordStore(QString folder)
+    : m_folder(std::move(folder))
+{
+}
+
+QString DeliveryRecordStore::pathOf(const QUuid& scheduledPostId) const
+{
+    return QDir(m_folder).filePath(scheduledPostId.toString(QUuid::WithoutBraces) + QStringLiteral(".json"));
+}
+
+std::optional<DeliveryRecord> DeliveryRecordStore::load(const QUuid& scheduledPostId, bool* readable) const
+{
+    if (readable)
+        *readable = true;
+    QFile file(pathOf(scheduledPostId));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    auto record = DeliveryRecord::fromJson(Json::parse(file.readAll().toStdString(), nullptr, false));
+    if (!record || record->scheduledPostId != scheduledPostId) {
+        qCWarning(lcStore).noquote() << "⚠️ Cannot read the delivery record" << file.fileName() << "- left as it is";
+        if (readable)
+            *readable = false;
+        return std::nullopt;
+    }
+    return record;
+}
+
+bool DeliveryRecordStore::save(const DeliveryRecord& record) const
+{
+    if (!QDir().mkpath(m_folder))
+        return false;
+    QSaveFile file(pathOf(record.scheduledPostId));
+    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    const QByteArray bytes = QByteArray::fromStdString(record.toJson().dump());
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        qCWarning(lcStore).noquote() << "❌ Cannot write the delivery record" << file.fileName() << ":" << file.errorString();
+        return false;
+    }
+    return true;
+}
+
+void DeliveryRecordStore::remove(const QUuid& scheduledPostId) const
+{
+    QFile::remove(pathOf(scheduledPostId));
+}
