@@ -163,8 +163,7 @@ QCoro::Task<PublishResult> PublishingService::publishToAccount(const PublishRequ
         co_await std::move(publishing);
     } catch (const QuilloError& error) {
         m_active = nullptr;
-        if (m_cancelling)
-            throw PublishError::cancelled();
+        throwIfCancelled(account.platform);
         qCWarning(lcScheduler).noquote()
             << QStringLiteral("Error posting to %1 account %2: %3").arg(name, account.displayName(), error.message());
         co_return PublishResult::failed(account.platform, account.id, account.displayName(),

@@ -38,12 +38,13 @@ bool DeliveryRecordStore::save(const DeliveryRecord& record) const
     if (!QDir().mkpath(m_folder))
         return false;
     QSaveFile file(pathOf(record.scheduledPostId));
-    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     const QByteArray bytes = QByteArray::fromStdString(record.toJson().dump());
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
         qCWarning(lcStore).noquote() << "❌ Cannot write the delivery record" << file.fileName() << ":" << file.errorString();
         return false;
     }
+    // Post links and ids are the user's business only.
+    QFile::setPermissions(file.fileName(), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     return true;
 }
 

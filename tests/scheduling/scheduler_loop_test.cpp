@@ -1,0 +1,164 @@
+// The minute loop on a manual clock with the real post store and account manager, and
+// publishers that record what reached them.
+#include "core/preference_store.h"
+#include "media/media_preparation_service.h"
+#include "scheduling/media_validator.h"
+#include "scheduling/publishing_service.h"
+#include "scheduling/scheduler_loop.h"
+#include "store/account_manager.h"
+#include "store/delivery_record_store.h"
+#include "store/scheduler_service.h"
+#include "support/coro_wait.h"
+#include "support/manual_clock.h"
+#include "support/temp_home.h"
+#include "scheduling_fakes.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Loop : public ::testing::Test {
+protected:
+    Loop()
+        : preferences(home.paths())
+        , store(preferences)
+        , accounts(preferences)
+        , media(exporter, preferences, home.path())
+        , validator(prober)
+        , deliveries(home.path() + QStringLiteral("/deliveries"))
+        , publishing(publishers, media, deliveries)
+        , loop(store, accounts, publishing, validator, publishers, deliveries, clock)
+    {
+        x = SocialAccount::create(PlatformType::x, QStringLiteral("ada"),
+                                  {{QStringLiteral("apiKey"), QStringLiteral("k")}, {QStringLiteral("apiSecret"), QStringLiteral("s")},
+                                   {QStringLiteral("accessToken"), QStringLiteral("t")},
+                                   {QStringLiteral("accessSecret"), QStringLiteral("u")}},
+                                  kFixedTestTime);
+        x.isDefault = true;
+        accounts.addAccount(x);
+        accounts.setPlatformEnabled(PlatformType::x, true);
+    }
+
+    QUuid schedule(double secondsFromNow, int length = 1, PostStatus status = PostStatus::queued)
+    {
+        ScheduledPost post;
+        for (int i = 0; i < length; ++i) {
+            Post item;
+            item.text = QStringLiteral("part %1").arg(i + 1);
+            post.content.append(item);
+        }
+        post.scheduledDate = clock.now().addSeconds(secondsFromNow);
+        post.platforms = {QStringLiteral("x")};
+        post.status = status;
+        return store.addOrUpdate(post);
+    }
+    PostStatus statusOf(const QUuid& id) const { return store.scheduledPost(id)->status; }
+
+    TempHome home;
+    ManualClock clock;
+    PreferenceStore preferences;
+    SchedulerService store;
+    AccountManager accounts;
+    UnusedExporter exporter;
+    MediaPreparationService media;
+    AcceptingProber prober;
+    MediaValidator validator;
+    DeliveryRecordStore deliveries;
+    FakePublisherFactory publishers;
+    PublishingService publishing;
+    SchedulerLoop loop;
+    SocialAccount x;
+};
+
+Timestamp at(const char* iso)
+{
+    return *Timestamp::fromIso8601(QString::fromLatin1(iso));
+}
+
+} // namespace
+
+TEST(SchedulerAlignment, WakesExactlyOnTheNextFullMinute)
+{
+    using std::chrono::nanoseconds;
+    EXPECT_EQ(SchedulerLoop::delayToNextMinute(at("2026-11-23T10:04:59.250Z")), nanoseconds(750'000'000));
+    // Started exactly on a minute: the whole next minute, never zero.
+    EXPECT_EQ(SchedulerLoop::delayToNextMinute(at("2026-11-23T10:05:00Z")), nanoseconds(60'000'000'000));
+    // Dates are doubles: a thousandth of a second is kept to well under a microsecond.
+    EXPECT_NEAR(double(SchedulerLoop::delayToNextMinute(at("2026-11-23T10:05:00.001Z")).count()), 59'999'000'000.0, 1000.0);
+}
+
+TEST_F(Loop, DuePostsGoOutOnceAndTheRestWait)
+{
+    FakePublisher& publisher = publishers.add(x.id, QStringLiteral("x"));
+    const QUuid overdue = schedule(-3600, 2); // the computer was asleep
+    const QUuid later = schedule(120);
+    const QUuid draft = schedule(-60, 1, PostStatus::draft);
+    ScheduledPost nowhere;
+    nowhere.content = {Post{}};
+    nowhere.content[0].text = QStringLiteral("to a disabled platform");
+    nowhere.scheduledDate = clock.now();
+    nowhere.platforms = {QStringLiteral("mastodon")};
+    const QUuid skipped = store.addOrUpdate(nowhere);
+
+    // A second pass that starts while the first is still publishing leaves it alone.
+    publisher.holdBeforePost = true;
+    QCoro::Task<void> first = loop.checkScheduledPosts();
+    waitForTask(loop.checkScheduledPosts());
+    waitForTask(std::move(first));
+
+    EXPECT_EQ(statusOf(overdue), PostStatus::published);
+    ASSERT_EQ(publisher.jobs.size(), 1);
+    EXPECT_EQ(publisher.jobs[0].thread.size(), 2);
+    EXPECT_EQ(statusOf(later), PostStatus::queued);
+    EXPECT_EQ(statusOf(draft), PostStatus::draft);
+    EXPECT_EQ(statusOf(skipped), PostStatus::queued);
+
+    clock.advance(180);
+    waitForTask(loop.checkScheduledPosts());
+    EXPECT_EQ(statusOf(later), PostStatus::published);
+    EXPECT_EQ(publisher.jobs.size(), 2);
+}
+
+TEST_F(Loop, FailuresAreRecordedAndAnInterruptedPostIsNeverRepeatedBlindly)
+{
+    FakePublisher& publisher = publishers.add(x.id, QStringLiteral("x"));
+    const QUuid broken = schedule(-1);
+    ScheduledPost withMedia = *store.scheduledPost(broken);
+    PostMedia gone;
+    gone.id = QUuid::createUuid();
+    gone.originalPath = FileUrl::fromLocalFile(home.path() + QStringLiteral("/gone.png"));
+    withMedia.content[0].mediaItems = {gone};
+    store.addOrUpdate(withMedia, broken);
+    const QUuid failing = schedule(-1, 3);
+    publisher.failAt = 1;
+    waitForTask(loop.checkScheduledPosts());
+    EXPECT_EQ(statusOf(broken), PostStatus::failed);
+    EXPECT_TRUE(store.scheduledPost(broken)->error->contains(QStringLiteral("📁 Missing files:\nPost 1, Media 1: ")));
+    EXPECT_EQ(statusOf(failing), PostStatus::failed);
+    EXPECT_EQ(store.scheduledPost(failing)->error, QStringLiteral("X posting error: boom"));
+
+    // An instance that died mid-publication left this one `processing`: it is settled as
+    // failed, naming what had gone out, and not published at the next pass.
+    const QUuid interrupted = schedule(-1, 3);
+    store.updateStatus(interrupted, PostStatus::processing);
+    DeliveryRecord record{interrupted, {}};
+    record.entry(x.id, PlatformType::x, QStringLiteral("ada")).posts = {DeliveredPost{0, QStringLiteral("77"), QStringLiteral("https://x.example/77")}};
+    deliveries.save(record);
+    loop.recoverInterrupted();
+    EXPECT_EQ(statusOf(interrupted), PostStatus::failed);
+    const QString error = *store.scheduledPost(interrupted)->error;
+    EXPECT_TRUE(error.startsWith(QStringLiteral("Publishing was interrupted")));
+    EXPECT_TRUE(error.contains(QStringLiteral("X.com ada: post 1 of 3 delivered (https://x.example/77)"))) << error.toStdString();
+    publisher.jobs.clear();
+    waitForTask(loop.checkScheduledPosts());
+    EXPECT_TRUE(publisher.jobs.isEmpty());
+
+    // Queued again (the retry command does this), it continues after post 1.
+    publisher.failAt = -1;
+    store.updateStatus(interrupted, PostStatus::queued, std::nullopt);
+    waitForTask(loop.checkScheduledPosts());
+    EXPECT_EQ(statusOf(interrupted), PostStatus::published);
+    ASSERT_EQ(publisher.jobs.size(), 1);
+    EXPECT_EQ(publisher.jobs[0].from, 1);
+    EXPECT_EQ(publisher.jobs[0].previous->id, QStringLiteral("77"));
+}
