@@ -9,6 +9,8 @@
 #include "scheduling/scheduler_loop.h"
 #include "store/delivery_record_store.h"
 
+#include <memory>
+
 class AccountManager;
 class AppPaths;
 class Clock;
@@ -31,6 +33,9 @@ public:
     SchedulerLoop& loop() { return m_loop; }
 
 private:
+    // The loop's clock: the instance's, or a faster one when QUILLO_CLOCK_SPEED asks.
+    std::unique_ptr<Clock> m_fastClock;
+    const Clock& m_loopClock;
     WorkerVideoExporter m_exporter;
     WorkerMediaProber m_prober;
     MediaPreparationService m_media;

@@ -105,7 +105,7 @@ void SchedulerLoop::armTimer()
         qCInfo(lcScheduler).noquote() << QString::asprintf("⏰ Scheduler will start in %.3f seconds to align with next minute",
                                                             double(delay.count()) / 1e9);
     // Re-aimed at the next full minute each time, so the minutes never drift.
-    m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(delay));
+    m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(delay / m_timeScale));
 }
 
 void SchedulerLoop::tick()

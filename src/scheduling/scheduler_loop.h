@@ -34,6 +34,8 @@ public:
 
     void start();
     void stop();
+    // How many clock seconds pass per real second (an accelerated clock in tests).
+    void setTimeScale(double scale) { m_timeScale = scale > 0 ? scale : 1; }
     bool isRunning() const { return m_running; }
 
     // One pass over the list; each minute runs one. A pass that is still publishing when
@@ -73,6 +75,7 @@ private:
     DeliveryRecordStore& m_deliveries;
     const Clock& m_clock;
     QTimer m_timer;
+    double m_timeScale = 1;
     bool m_running = false;
     bool m_aligned = false;
     bool m_checking = false;
