@@ -30,7 +30,7 @@ PublishingStack::PublishingStack(const AppPaths& paths, PreferenceStore& prefere
     , m_prober(WorkerImageEncoder::defaultWorkerPath())
     , m_media(m_exporter, preferences, QDir::tempPath())
     , m_validator(m_prober)
-    , m_deliveries(QDir(paths.stateDir()).filePath(QStringLiteral("deliveries")))
+    , m_deliveries(paths.deliveriesDir())
     , m_publishers(network, clock, Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()))
     , m_publishing(m_publishers, m_media, m_deliveries)
     , m_loop(store, accounts, m_publishing, m_validator, m_publishers, m_deliveries, m_loopClock)

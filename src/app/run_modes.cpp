@@ -45,7 +45,7 @@ int runMcpStdio(const LaunchOptions& options)
 
     const AppPaths paths = AppPaths::fromEnvironment();
     PreferenceStore preferences(paths);
-    MCPStateReader state(preferences);
+    MCPStateReader state(preferences, paths.deliveriesDir());
     ChannelCommandSender commands(paths);
     const SystemClock clock;
     MCPToolHandlers tools(state, commands, log, clock);

@@ -60,6 +60,7 @@ AppPaths AppPaths::underHome(const QString& home)
 QString AppPaths::preferencesFile() const { return m_config + QStringLiteral("/quillo.conf"); }
 QString AppPaths::mediaDir() const { return m_data + QStringLiteral("/Quillo/Media"); }
 QString AppPaths::logFile() const { return m_state + QStringLiteral("/quillo.log"); }
+QString AppPaths::deliveriesDir() const { return m_state + QStringLiteral("/deliveries"); }
 QString AppPaths::socketPath() const { return m_runtime + QStringLiteral("/quillo.sock"); }
 
 bool AppPaths::ensureExists() const

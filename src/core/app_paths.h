@@ -18,6 +18,8 @@ public:
     QString preferencesFile() const;
     QString mediaDir() const;
     QString logFile() const;
+    // One delivery record per scheduled post that went (partly) out.
+    QString deliveriesDir() const;
     QString socketPath() const;
 
     // Creates the folders (user-only where they hold private data). False when one cannot be made.

@@ -27,9 +27,20 @@ auto decodeDocument(PreferenceStore& preferences, const QString& key, const char
 
 } // namespace
 
-MCPStateReader::MCPStateReader(PreferenceStore& preferences)
+MCPStateReader::MCPStateReader(PreferenceStore& preferences, QString deliveriesDir)
     : m_preferences(preferences)
+    , m_deliveriesDir(std::move(deliveriesDir))
 {
+}
+
+std::optional<DeliveryRecord> MCPStateReader::delivery(const QUuid& scheduledPostId) const
+{
+    if (m_deliveriesDir.isEmpty())
+        return std::nullopt;
+    QFile file(m_deliveriesDir + u'/' + scheduledPostId.toString(QUuid::WithoutBraces) + QStringLiteral(".json"));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return DeliveryRecord::fromJson(Json::parse(file.readAll().toStdString(), nullptr, false));
 }
 
 MCPStateReader::FileStamp MCPStateReader::stamp(const QString& path) const

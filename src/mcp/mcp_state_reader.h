@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/delivery_record.h"
 #include "model/platform_type.h"
 #include "model/scheduled_post.h"
 #include "model/social_account.h"
@@ -16,11 +17,14 @@ class PreferenceStore;
 // Throws MCPToolError with a readable message when a stored document is damaged.
 class MCPStateReader {
 public:
-    explicit MCPStateReader(PreferenceStore& preferences);
+    // deliveriesDir: where the instance keeps what reached each account (none: not shown).
+    explicit MCPStateReader(PreferenceStore& preferences, QString deliveriesDir = {});
 
     const QList<ScheduledPost>& scheduledPosts();
     const QList<SocialAccount>& accounts();
     QList<PlatformType> enabledPlatforms();
+    // What of a post reached which account; nothing when none of it went out.
+    std::optional<DeliveryRecord> delivery(const QUuid& scheduledPostId) const;
 
 private:
     struct FileStamp {
@@ -33,6 +37,7 @@ private:
     FileStamp stamp(const QString& path) const;
 
     PreferenceStore& m_preferences;
+    QString m_deliveriesDir;
     std::optional<FileStamp> m_postsStamp;
     QList<ScheduledPost> m_posts;
     std::optional<FileStamp> m_accountsStamp;

@@ -305,8 +305,13 @@ MCPToolResult MCPToolHandlers::scheduledList(const MCPArguments& args)
     options.includeShare = args.boolean("includeShare").value_or(false);
 
     Json list = Json::array();
-    for (const ScheduledPost* post : query.run(m_state.scheduledPosts()))
-        list.push_back(ScheduledPostEntry::encode(*post, options));
+    for (const ScheduledPost* post : query.run(m_state.scheduledPosts())) {
+        // Only posts that went (or began to go) out have a record to read.
+        const bool mayHaveRecord = post->status == PostStatus::published || post->status == PostStatus::failed
+            || post->status == PostStatus::processing;
+        const std::optional<DeliveryRecord> delivery = mayHaveRecord ? m_state.delivery(post->id) : std::nullopt;
+        list.push_back(ScheduledPostEntry::encode(*post, options, delivery ? &*delivery : nullptr));
+    }
     return {dump(list), false};
 }
 

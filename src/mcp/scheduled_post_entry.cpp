@@ -69,7 +69,7 @@ Json shareWithFollowers(const ScheduledPost& post)
 
 } // namespace
 
-Json ScheduledPostEntry::encode(const ScheduledPost& post, const Options& options)
+Json ScheduledPostEntry::encode(const ScheduledPost& post, const Options& options, const DeliveryRecord* delivery)
 {
     Json platforms = Json::array();
     for (const QString& platform : post.platforms)
@@ -92,6 +92,19 @@ Json ScheduledPostEntry::encode(const ScheduledPost& post, const Options& option
     }
     if (options.includeShare)
         entry["xShareWithFollowers"] = shareWithFollowers(post);
+    if (delivery && !delivery->isEmpty()) {
+        Json delivered = Json::array();
+        for (const AccountDelivery& account : delivery->accounts) {
+            Json posts = Json::array();
+            for (const DeliveredPost& item : account.posts)
+                posts.push_back({{"index", item.index}, {"id", utf8(item.id)}, {"url", utf8(item.url)}});
+            delivered.push_back({{"platform", utf8(rawValue(account.platform))},
+                                 {"account", utf8(account.accountName)},
+                                 {"complete", account.complete},
+                                 {"posts", std::move(posts)}});
+        }
+        entry["delivered"] = std::move(delivered);
+    }
     if (options.includeContent) {
         Json content = Json::array();
         for (const Post& item : post.content)

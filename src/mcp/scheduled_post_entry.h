@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/delivery_record.h"
+
 #include "mcp/any_codable.h"
 #include "model/scheduled_post.h"
 
@@ -13,5 +15,6 @@ struct ScheduledPostEntry {
         bool includeShare = false;
     };
 
-    static Json encode(const ScheduledPost& post, const Options& options);
+    // `delivery`: what of the post reached which account, listed under "delivered".
+    static Json encode(const ScheduledPost& post, const Options& options, const DeliveryRecord* delivery = nullptr);
 };

@@ -1,6 +1,7 @@
 // A headless instance publishing scheduled threads to the fake X API, with its scheduler
 // clock sped up sixty times (a minute a second), and killed with SIGKILL mid-publication.
 #include "core/json.h"
+#include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
@@ -37,6 +38,7 @@ protected:
         x.isDefault = true;
         ASSERT_FALSE(accounts.addAccount(x));
         accounts.setPlatformEnabled(PlatformType::x, true);
+        preferences.setValue(PreferenceKeys::MCPEnabled, true);
         preferences.sync();
         // Tweets the fake created (requests let through to it), in order.
         server.setOverride([this](const FakeXServer::Request& request) -> std::optional<FakeXServer::Reply> {
@@ -73,6 +75,22 @@ protected:
         ASSERT_TRUE(RunningInstance::waitForChannel(home.paths()));
         std::lock_guard lock(mutex);
         instancePid = pid_t(instance->process().processId());
+    }
+
+    // What an AI editor sees: the scheduled_list tool of `quillo --mcp-stdio`.
+    Json scheduledList()
+    {
+        QuilloProcess mcp(home.path());
+        mcp.start({QStringLiteral("--mcp-stdio")});
+        mcp.writeLine(R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2024-11-05"}})");
+        mcp.readLine();
+        mcp.writeLine(R"({"jsonrpc":"2.0","id":2,"method":"tools/call","params":{"name":"scheduled_list","arguments":{}}})");
+        const Json reply = Json::parse(mcp.readLine().value_or(QByteArray()).toStdString(), nullptr, false);
+        mcp.closeInput();
+        mcp.waitForExit();
+        if (!reply.is_object() || !reply.contains("result"))
+            return Json();
+        return Json::parse(reply["result"]["content"][0]["text"].get<std::string>(), nullptr, false);
     }
 
     int forward(const QString& url)
@@ -158,6 +176,14 @@ TEST_F(Publication, AScheduledThreadGoesOutAsAReplyChainOnTheMinute)
     // The fake numbers its tweets from 1001.
     EXPECT_EQ(created[1]["reply"]["in_reply_to_tweet_id"], "1001");
     EXPECT_EQ(created[2]["reply"]["in_reply_to_tweet_id"], "1002");
+
+    // Status and links are there for an AI editor to read back.
+    const Json listed = scheduledList();
+    ASSERT_TRUE(listed.is_array() && listed.size() == 1) << listed.dump();
+    EXPECT_EQ(listed[0]["status"], "published");
+    ASSERT_EQ(listed[0]["delivered"].size(), 1u);
+    EXPECT_EQ(listed[0]["delivered"][0]["posts"].size(), 3u);
+    EXPECT_EQ(listed[0]["delivered"][0]["posts"][0]["id"], "1001");
 }
 
 TEST_F(Publication, KilledMidThreadItIsSettledAsInterruptedAndARetryFinishesWithoutDuplicates)
