@@ -15,6 +15,8 @@ packages=(
   libbenchmark-dev
   # The ffmpeg command line is the yardstick of the export benchmark; the fonts draw burned-in captions.
   ffmpeg fonts-dejavu-core
+  # A private session bus for the notification test.
+  dbus-daemon
 )
 
 missing=()

@@ -34,6 +34,7 @@ PublishingStack::PublishingStack(const AppPaths& paths, PreferenceStore& prefere
     , m_publishers(network, clock, Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()))
     , m_publishing(m_publishers, m_media, m_deliveries)
     , m_loop(store, accounts, m_publishing, m_validator, m_publishers, m_deliveries, m_loopClock)
+    , m_notifier(m_loop, m_notifications)
 {
     if (m_fastClock)
         m_loop.setTimeScale(static_cast<const AcceleratedClock&>(*m_fastClock).speed());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/publish_notifier.h"
+#include "desktop/desktop_notifications.h"
 #include "media/media_preparation_service.h"
 #include "media/worker_media_prober.h"
 #include "media/worker_video_exporter.h"
@@ -30,6 +32,7 @@ public:
     void start();
 
     PublishingService& publishing() { return m_publishing; }
+    DesktopNotifications& notifications() { return m_notifications; }
     SchedulerLoop& loop() { return m_loop; }
 
 private:
@@ -44,4 +47,6 @@ private:
     NetworkPublisherFactory m_publishers;
     PublishingService m_publishing;
     SchedulerLoop m_loop;
+    DesktopNotifications m_notifications;
+    PublishNotifier m_notifier;
 };
