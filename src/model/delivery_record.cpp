@@ -85,7 +85,9 @@ Json DeliveryRecord::toJson() const
                         {"complete", account.complete},
                         {"posts", posts}});
     }
-    return {{"scheduledPostId", scheduledPostId.toString(QUuid::WithoutBraces).toStdString()}, {"accounts", list}};
+    return {{"scheduledPostId", scheduledPostId.toString(QUuid::WithoutBraces).toStdString()},
+            {"inProgress", inProgress},
+            {"accounts", list}};
 }
 
 std::optional<DeliveryRecord> DeliveryRecord::fromJson(const Json& json)
@@ -97,6 +99,8 @@ std::optional<DeliveryRecord> DeliveryRecord::fromJson(const Json& json)
     const auto accounts = json.find("accounts");
     if (record.scheduledPostId.isNull() || accounts == json.end() || !accounts->is_array())
         return std::nullopt;
+    const auto inProgress = json.find("inProgress");
+    record.inProgress = inProgress != json.end() && inProgress->is_boolean() && inProgress->get<bool>();
     for (const Json& entry : *accounts) {
         const std::optional<AccountDelivery> account = accountFromJson(entry);
         if (!account)

@@ -37,6 +37,9 @@ struct AccountDelivery {
 struct DeliveryRecord {
     QUuid scheduledPostId;
     QList<AccountDelivery> accounts;
+    // Set before anything is sent and cleared when publishing ends: a record found set at
+    // start-up belongs to a publication that a crash cut short.
+    bool inProgress = false;
 
     bool operator==(const DeliveryRecord&) const = default;
 

@@ -62,7 +62,7 @@ QCoro::Task<QList<PublishResult>> PublishingService::publish(PublishRequest requ
         m_active = nullptr;
     });
     m_keepRecord = request.scheduledPostId.has_value();
-    m_record = DeliveryRecord{request.scheduledPostId.value_or(QUuid()), {}};
+    m_record = DeliveryRecord{request.scheduledPostId.value_or(QUuid()), {}, false};
     if (m_keepRecord)
         m_record = m_deliveries.load(*request.scheduledPostId).value_or(m_record);
 

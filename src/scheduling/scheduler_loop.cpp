@@ -174,15 +174,14 @@ QCoro::Task<void> SchedulerLoop::checkScheduledPosts()
 
 bool SchedulerLoop::markProcessing(const ScheduledPost& post)
 {
-    m_store.updateStatus(post.id, PostStatus::processing);
-    // Saved before anything goes out: a crash from here on finds the post `processing`.
-    m_store.waitForPendingSaves();
-    if (!m_store.lastSaveSucceeded()) {
-        qCCritical(lcScheduler).noquote() << "❌ Cannot save that post" << idText(post.id)
+    // Written before anything goes out, in the post's small delivery record (the list
+    // itself is saved in the background): a crash from here on is found at the next start.
+    if (!m_deliveries.setInProgress(post.id, true)) {
+        qCCritical(lcScheduler).noquote() << "❌ Cannot record that post" << idText(post.id)
                                           << "is being published; not publishing it now";
-        m_store.updateStatus(post.id, PostStatus::queued);
         return false;
     }
+    m_store.updateStatus(post.id, PostStatus::processing);
     qCInfo(lcScheduler).noquote() << QStringLiteral("✓ Marked post %1 as processing").arg(idText(post.id));
     return true;
 }
@@ -219,6 +218,7 @@ QCoro::Task<void> SchedulerLoop::process(ScheduledPost post)
         qCInfo(lcScheduler).noquote() << id + QStringLiteral(" skipped during processing - no enabled accounts available");
         // Waits for an account, as a post skipped before processing does.
         m_store.updateStatus(post.id, PostStatus::queued);
+        m_deliveries.setInProgress(post.id, false);
         co_return;
     }
     try {
@@ -242,6 +242,7 @@ void SchedulerLoop::markPublished(const ScheduledPost& post, const QList<Publish
         return;
     }
     m_store.updateStatus(post.id, PostStatus::published, std::nullopt);
+    m_deliveries.setInProgress(post.id, false);
     const QString id = idText(post.id);
     qCInfo(lcScheduler).noquote() << id + QStringLiteral(" processed successfully");
     const auto late = std::chrono::seconds(std::llround(m_clock.now().unixSeconds() - post.scheduledDate.unixSeconds()));
@@ -256,7 +257,8 @@ void SchedulerLoop::markPublished(const ScheduledPost& post, const QList<Publish
 void SchedulerLoop::markFailed(const ScheduledPost& post, const QString& error)
 {
     m_store.updateStatus(post.id, PostStatus::failed, error);
-    int items = mediaCount(post);
+    m_deliveries.setInProgress(post.id, false);
+    const int items = mediaCount(post);
     qCWarning(lcScheduler).noquote() << QStringLiteral("❌ Failed to publish scheduled post %1: %2").arg(idText(post.id), error);
     qCWarning(lcScheduler).noquote() << "📝 Failed post details:";
     qCWarning(lcScheduler).noquote() << QStringLiteral("  - Scheduled for: ") + dateText(post.scheduledDate);
@@ -268,9 +270,11 @@ void SchedulerLoop::markFailed(const ScheduledPost& post, const QString& error)
 
 void SchedulerLoop::recoverInterrupted()
 {
+    const QList<QUuid> underway = m_deliveries.inProgress();
     const QList<ScheduledPost> posts = m_store.scheduledPosts();
     for (const ScheduledPost& post : posts) {
-        if (post.status != PostStatus::processing)
+        // Either mark may be the one that reached the disk before the crash.
+        if (post.status != PostStatus::processing && !(underway.contains(post.id) && post.status == PostStatus::queued))
             continue;
         const std::optional<DeliveryRecord> record = m_deliveries.load(post.id);
         QString error = QStringLiteral("Publishing was interrupted: Quillo stopped while this post was being published.");
@@ -281,6 +285,7 @@ void SchedulerLoop::recoverInterrupted()
         error += QStringLiteral("\nRetry to deliver only what is missing.");
         qCWarning(lcScheduler).noquote() << QStringLiteral("⚠️ Post %1 was interrupted while publishing; marked failed").arg(idText(post.id));
         m_store.updateStatus(post.id, PostStatus::failed, error);
+        m_deliveries.setInProgress(post.id, false);
         Q_EMIT postFailed(post, error);
     }
 }

@@ -52,3 +52,27 @@ void DeliveryRecordStore::remove(const QUuid& scheduledPostId) const
 {
     QFile::remove(pathOf(scheduledPostId));
 }
+
+QList<QUuid> DeliveryRecordStore::inProgress() const
+{
+    QList<QUuid> ids;
+    const QStringList files = QDir(m_folder).entryList({QStringLiteral("*.json")}, QDir::Files);
+    for (const QString& file : files) {
+        const QUuid id = QUuid::fromString(file.chopped(5));
+        const std::optional<DeliveryRecord> record = id.isNull() ? std::nullopt : load(id);
+        if (record && record->inProgress)
+            ids.append(id);
+    }
+    return ids;
+}
+
+bool DeliveryRecordStore::setInProgress(const QUuid& scheduledPostId, bool inProgress) const
+{
+    bool readable = true;
+    DeliveryRecord record = load(scheduledPostId, &readable).value_or(DeliveryRecord{scheduledPostId, {}, false});
+    // A record that cannot be read is kept for a person to look at, never overwritten.
+    if (!readable)
+        return false;
+    record.inProgress = inProgress;
+    return save(record);
+}

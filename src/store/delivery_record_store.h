@@ -19,6 +19,10 @@ public:
     // False (and the previous record whole) when it cannot be written.
     bool save(const DeliveryRecord& record) const;
     void remove(const QUuid& scheduledPostId) const;
+    // The posts whose record says a publication was under way.
+    QList<QUuid> inProgress() const;
+    // Marks the start (true) or end (false) of a publication, keeping what was delivered.
+    bool setInProgress(const QUuid& scheduledPostId, bool inProgress) const;
 
     QString pathOf(const QUuid& scheduledPostId) const;
 

@@ -141,7 +141,7 @@ TEST_F(Loop, FailuresAreRecordedAndAnInterruptedPostIsNeverRepeatedBlindly)
     // failed, naming what had gone out, and not published at the next pass.
     const QUuid interrupted = schedule(-1, 3);
     store.updateStatus(interrupted, PostStatus::processing);
-    DeliveryRecord record{interrupted, {}};
+    DeliveryRecord record{interrupted, {}, true};
     record.entry(x.id, PlatformType::x, QStringLiteral("ada")).posts = {DeliveredPost{0, QStringLiteral("77"), QStringLiteral("https://x.example/77")}};
     deliveries.save(record);
     loop.recoverInterrupted();
@@ -161,4 +161,13 @@ TEST_F(Loop, FailuresAreRecordedAndAnInterruptedPostIsNeverRepeatedBlindly)
     ASSERT_EQ(publisher.jobs.size(), 1);
     EXPECT_EQ(publisher.jobs[0].from, 1);
     EXPECT_EQ(publisher.jobs[0].previous->id, QStringLiteral("77"));
+
+    // The crash came before the list's own save: the list still says queued, but the
+    // record written before anything was sent says a publication was under way.
+    const QUuid unsaved = schedule(-1);
+    ASSERT_TRUE(deliveries.setInProgress(unsaved, true));
+    loop.recoverInterrupted();
+    EXPECT_EQ(statusOf(unsaved), PostStatus::failed);
+    EXPECT_TRUE(store.scheduledPost(unsaved)->error->contains(QStringLiteral("Nothing had been delivered yet")));
+    EXPECT_TRUE(deliveries.inProgress().isEmpty());
 }
