@@ -56,8 +56,14 @@ SchedulerLoop::SchedulerLoop(SchedulerService& store, AccountManager& accounts, 
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &SchedulerLoop::tick);
     // Clients are built from credentials; changed credentials need new clients.
-    connect(&m_accounts, &AccountManager::accountsDidChange, this, [this] { m_publishers.clear(); });
-    connect(&m_store, &SchedulerService::scheduledPostsDidUpdate, this, &SchedulerLoop::checkSoonIfDue);
+    connect(&m_accounts, &AccountManager::accountsDidChange, this, [this] {
+        m_publishers.clear();
+        m_liveCount.reset();
+    });
+    connect(&m_store, &SchedulerService::scheduledPostsDidUpdate, this, [this] {
+        m_liveCount.reset();
+        checkSoonIfDue();
+    });
 }
 
 void SchedulerLoop::checkSoonIfDue()
@@ -129,8 +135,10 @@ bool SchedulerLoop::hasLiveDestination(const ScheduledPost& post) const
     return std::any_of(decisions.cbegin(), decisions.cend(), [](const auto& decision) { return decision.included; });
 }
 
-int SchedulerLoop::countWithLiveDestinations() const
+int SchedulerLoop::countWithLiveDestinations()
 {
+    if (m_liveCount)
+        return *m_liveCount;
     const QList<PlatformType> enabled = m_accounts.enabledPlatforms();
     const AccountSelection selection(m_accounts.accounts(), enabled);
     int count = 0;
@@ -140,6 +148,7 @@ int SchedulerLoop::countWithLiveDestinations() const
         const QList<AccountSelection::Decision> decisions = selection.evaluate(post);
         count += std::any_of(decisions.cbegin(), decisions.cend(), [](const auto& decision) { return decision.included; }) ? 1 : 0;
     }
+    m_liveCount = count;
     return count;
 }
 
@@ -155,7 +164,8 @@ QCoro::Task<void> SchedulerLoop::checkScheduledPosts()
         Q_EMIT checkFinished();
     });
     qCInfo(lcScheduler).noquote() << "🔍 Starting scheduled posts check...";
-    qCInfo(lcScheduler).noquote() << countWithLiveDestinations() << "scheduled posts with active destinations";
+    const int live = countWithLiveDestinations();
+    qCInfo(lcScheduler).noquote() << live << "scheduled posts with active destinations";
     const Timestamp now = m_clock.now();
     QList<QUuid> due;
     for (const ScheduledPost& post : m_store.scheduledPosts()) {

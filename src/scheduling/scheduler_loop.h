@@ -60,7 +60,7 @@ private:
     // A post made due by a change (a retry, an edit back to queued) goes out without
     // waiting for the next minute.
     void checkSoonIfDue();
-    int countWithLiveDestinations() const;
+    int countWithLiveDestinations();
     bool hasLiveDestination(const ScheduledPost& post) const;
     bool markProcessing(const ScheduledPost& post);
     QCoro::Task<void> process(ScheduledPost post);
@@ -79,4 +79,7 @@ private:
     bool m_running = false;
     bool m_aligned = false;
     bool m_checking = false;
+    // The number of posts with a live destination, counted again only after the posts or
+    // the accounts changed: a pass over a large schedule with nothing due stays cheap.
+    std::optional<int> m_liveCount;
 };

@@ -4,7 +4,8 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
+
+#include <cstdio>
 
 DeliveryRecordStore::DeliveryRecordStore(QString folder)
     : m_folder(std::move(folder))
@@ -37,14 +38,20 @@ bool DeliveryRecordStore::save(const DeliveryRecord& record) const
 {
     if (!QDir().mkpath(m_folder))
         return false;
-    QSaveFile file(pathOf(record.scheduledPostId));
+    // Written beside the record and renamed over it: a process killed at any point leaves
+    // the old record or the new one, never half of one. (No fsync: it would cost a disk
+    // flush per post while publishing, and the threat here is a killed process.)
+    const QString path = pathOf(record.scheduledPostId);
+    QFile file(path + QStringLiteral(".new"));
     const QByteArray bytes = QByteArray::fromStdString(record.toJson().dump());
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        qCWarning(lcStore).noquote() << "❌ Cannot write the delivery record" << file.fileName() << ":" << file.errorString();
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size()
+        && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    file.close();
+    if (!written || std::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(path).constData()) != 0) {
+        qCWarning(lcStore).noquote() << "❌ Cannot write the delivery record" << path << ":" << file.errorString();
+        file.remove();
         return false;
     }
-    // Post links and ids are the user's business only.
-    QFile::setPermissions(file.fileName(), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     return true;
 }
 

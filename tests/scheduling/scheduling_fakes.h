@@ -17,8 +17,7 @@
 #include <map>
 #include <memory>
 
-class FakePublisher : public QObject, public AccountPublisher {
-    Q_OBJECT
+class FakePublisher : public AccountPublisher {
 public:
     explicit FakePublisher(QString name)
         : m_name(std::move(name))
