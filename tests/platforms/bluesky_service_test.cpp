@@ -28,12 +28,39 @@ public:
         requests.append(request);
         if (failure)
             throw *failure;
-        co_return output;
+        co_return QByteArray(output);
     }
 
     QList<ImageEncodeRequest> requests;
     QByteArray output;
     std::optional<MediaError> failure;
+};
+
+// Sends requests for hosts under ".example" to the fake server, so posts can link to
+// ordinary-looking web pages (a loopback address is no link to the rich-text pass).
+class RedirectingNetwork : public QNetworkAccessManager {
+public:
+    explicit RedirectingNetwork(QUrl target)
+        : m_target(std::move(target))
+    {
+    }
+
+protected:
+    QNetworkReply* createRequest(Operation op, const QNetworkRequest& original, QIODevice* data) override
+    {
+        QNetworkRequest request(original);
+        QUrl url = request.url();
+        if (url.host().endsWith(QStringLiteral(".example"))) {
+            url.setScheme(m_target.scheme());
+            url.setHost(m_target.host());
+            url.setPort(m_target.port());
+            request.setUrl(url);
+        }
+        return QNetworkAccessManager::createRequest(op, request, data);
+    }
+
+private:
+    QUrl m_target;
 };
 
 // Every log line written while a test runs.
@@ -120,7 +147,7 @@ protected:
         return media;
     }
 
-    QString pageUrl(const QByteArray& path) const { return server.baseUrl().toString() + QString::fromLatin1(path); }
+    static QString pageUrl(const QByteArray& path) { return QStringLiteral("https://news.example") + QString::fromLatin1(path); }
 
     template <typename T>
     BlueSkyError failureOf(QCoro::Task<T>&& task)
@@ -145,7 +172,7 @@ protected:
     }
 
     FakeXrpcServer server;
-    QNetworkAccessManager network;
+    RedirectingNetwork network{server.baseUrl()};
     ManualClock clock;
     FakeImageEncoder encoder;
     QTemporaryDir dir;
@@ -472,12 +499,12 @@ TEST_F(BlueSkyServiceTest, hostileLinkPagesDropOnlyTheCardOrTheThumbnail)
         SCOPED_TRACE(c.name);
         const QByteArray path = "/page" + QByteArray::number(++n);
         QByteArray page = c.page.body;
-        page.replace("/thumb", path + "/thumb");
+        page.replace("/thumb", QByteArray(path + "/thumb"));
         FakeXrpcServer::Reply reply = c.page;
         reply.body = page;
         server.setPage(path, reply);
         if (c.thumb)
-            server.setPage(path + "/thumb", *c.thumb);
+            server.setPage(QByteArray(path + "/thumb"), *c.thumb);
         const BlueSkyRecordRef posted = waitForTask(service.post(QStringLiteral("read ") + pageUrl(path)));
         const Json record = recordAt(posted.uri);
         EXPECT_EQ(record.contains("embed"), c.card);

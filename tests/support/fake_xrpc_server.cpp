@@ -235,11 +235,12 @@ FakeXrpcServer::Reply FakeXrpcServer::builtIn(const Request& request)
             return xrpcError(400, "InvalidRequest", "Request has no body");
         const QString cid = cidOf(request.body);
         m_blobs.insert(cid, request.body);
-        return json(200, {{"blob",
-                           {{"$type", "blob"},
-                            {"ref", {{"$link", cid.toStdString()}}},
-                            {"mimeType", request.headers.value("content-type").toStdString()},
-                            {"size", request.body.size()}}}}});
+        Json blob;
+        blob["$type"] = "blob";
+        blob["ref"] = {{"$link", cid.toStdString()}};
+        blob["mimeType"] = request.headers.value("content-type").toStdString();
+        blob["size"] = request.body.size();
+        return json(200, {{"blob", blob}});
     }
     if (method == "com.atproto.repo.createRecord") {
         const Json body = request.json();
