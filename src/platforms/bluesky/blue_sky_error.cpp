@@ -47,6 +47,8 @@ QString BlueSkyError::describe(Kind kind, const QString& detail, const std::opti
         return withDetail(QStringLiteral("Invalid response from BlueSky"), detail);
     case Kind::cancelled:
         return QStringLiteral("Publishing to BlueSky cancelled by user");
+    case Kind::accountRejected:
+        return detail;
     }
     return {};
 }

@@ -21,6 +21,7 @@ public:
         invalidMedia,        // media that cannot be read, converted or sent as it is
         invalidResponse,     // an answer that is not the expected JSON
         cancelled,           // the user stopped the publication
+        accountRejected,     // connecting: the account form's own message (detail)
     };
 
     BlueSkyError(Kind kind, QString detail = {}, int status = 0, std::optional<Timestamp> resetTime = std::nullopt);

@@ -114,9 +114,13 @@ BlueSkyHosts BlueSkyHosts::forAccount(const SocialAccount& account, const Endpoi
         return hosts;
     }
     const QUrl service(account.credential(CredentialKeys::service).trimmed(), QUrl::StrictMode);
-    if (service.isValid() && !service.host().isEmpty()
-        && (service.scheme() == QStringLiteral("https") || service.scheme() == QStringLiteral("http")))
-        hosts.service = service.adjusted(QUrl::StripTrailingSlash | QUrl::RemoveQuery | QUrl::RemoveFragment);
+    if (!service.isValid() || service.host().isEmpty()
+        || (service.scheme() != QStringLiteral("https") && service.scheme() != QStringLiteral("http")))
+        return hosts;
+    // Requests append "/xrpc/...": keep no trailing slash.
+    hosts.service = service.adjusted(QUrl::StripTrailingSlash | QUrl::RemoveQuery | QUrl::RemoveFragment);
+    if (hosts.service.path() == QStringLiteral("/"))
+        hosts.service.setPath(QString());
     return hosts;
 }
 
@@ -142,6 +146,15 @@ BlueSkyService::BlueSkyService(QNetworkAccessManager& network, QString handle, Q
     , m_hosts(std::move(hosts))
     , m_options(options)
 {
+}
+
+std::unique_ptr<BlueSkyService> BlueSkyService::forAccount(QNetworkAccessManager& network, const SocialAccount& account,
+                                                           const Clock& clock, ImageEncoder& images,
+                                                           const Endpoints& endpoints, QObject* parent)
+{
+    return std::make_unique<BlueSkyService>(network, account.credential(CredentialKeys::handle),
+                                            account.credential(CredentialKeys::appPassword), clock, images,
+                                            BlueSkyHosts::forAccount(account, endpoints), BlueSkyServiceOptions{}, parent);
 }
 
 void BlueSkyService::cancel()

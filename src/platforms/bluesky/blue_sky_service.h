@@ -20,6 +20,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class Clock;
@@ -110,6 +111,11 @@ public:
     BlueSkyService(QNetworkAccessManager& network, QString handle, QString appPassword, const Clock& clock,
                    ImageEncoder& images, BlueSkyHosts hosts = {}, BlueSkyServiceOptions options = {},
                    QObject* parent = nullptr);
+
+    // The client of a stored account: its handle, app password and host (see BlueSkyHosts).
+    static std::unique_ptr<BlueSkyService> forAccount(QNetworkAccessManager& network, const SocialAccount& account,
+                                                      const Clock& clock, ImageEncoder& images,
+                                                      const Endpoints& endpoints, QObject* parent = nullptr);
 
     // The handle without a leading "@" or surrounding blanks.
     const QString& handle() const { return m_handle; }

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/endpoints.h"
+#include "model/social_account.h"
+#include "platforms/bluesky/blue_sky_service.h"
+
+#include <QObject>
+
+#include <qcoro/qcorotask.h>
+
+class AccountManager;
+class Clock;
+class QNetworkAccessManager;
+
+// Connects a Bluesky account from the account form: the handle and app password (and,
+// for people on their own PDS, its base URL) are checked by a real sign-in before the
+// account is handed to the AccountManager. Nothing is stored on failure.
+class BlueSkyAccountConnector : public QObject {
+    Q_OBJECT
+
+public:
+    BlueSkyAccountConnector(QNetworkAccessManager& network, AccountManager& accounts, const Clock& clock,
+                            Endpoints endpoints = {}, BlueSkyServiceOptions options = {}, QObject* parent = nullptr);
+
+    // Throws BlueSkyError: accountRejected with the form's message ("Please enter your
+    // BlueSky handle and app password first", "An account with this handle already
+    // exists"), invalidCredentials, or what the sign-in met. Emits connectionFailed first.
+    QCoro::Task<SocialAccount> connect(QString handle, QString appPassword, QString service = {});
+
+Q_SIGNALS:
+    // The connection-error notification of the settings: platform and error text.
+    void connectionFailed(PlatformType platform, const QString& message);
+
+private:
+    QCoro::Task<SocialAccount> signInAndStore(QString handle, QString appPassword, QString service);
+
+    QNetworkAccessManager& m_network;
+    AccountManager& m_accounts;
+    const Clock& m_clock;
+    Endpoints m_endpoints;
+    BlueSkyServiceOptions m_options;
+};
