@@ -1,6 +1,7 @@
 #include "support/fake_xrpc_server.h"
 
 #include <QCryptographicHash>
+#include <QScopeGuard>
 #include <QUrlQuery>
 
 #include <httplib.h>
@@ -45,6 +46,8 @@ FakeXrpcServer::FakeXrpcServer()
     m_handles.insert(QString::fromLatin1(kHandle), QString::fromLatin1(kDid));
     m_handles.insert(QStringLiteral("bob.test"), QStringLiteral("did:plc:bob"));
     m_server->set_payload_max_length(64 * 1024 * 1024);
+    // As real servers do; without it every answer waits out the client's delayed ACK.
+    m_server->set_tcp_nodelay(true);
     const auto handler = [this](const httplib::Request& in, httplib::Response& out) { handle(in, out); };
     m_server->Get(".*", handler);
     m_server->Post(".*", handler);
@@ -136,6 +139,10 @@ QList<QByteArray> FakeXrpcServer::issuedTokens() const
 
 void FakeXrpcServer::handle(const httplib::Request& in, httplib::Response& out)
 {
+    const auto started = std::chrono::steady_clock::now();
+    const auto account = qScopeGuard([this, started] {
+        m_handlerNanoseconds += std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - started).count();
+    });
     Request request;
     request.method = bytes(in.method);
     request.path = bytes(in.path);

@@ -76,6 +76,8 @@ public:
     std::vector<std::pair<QString, Json>> posts() const;
     QByteArray blob(const QString& cid) const;
     int sessionsCreated() const;
+    // Time spent inside the handlers, so a benchmark can take the server's share out.
+    qint64 handlerNanoseconds() const { return m_handlerNanoseconds; }
     // Every token ever issued, to check none leaks.
     QList<QByteArray> issuedTokens() const;
 
@@ -89,6 +91,7 @@ private:
     std::thread m_thread;
     int m_port = 0;
     std::atomic<bool> m_stopping{false};
+    std::atomic<qint64> m_handlerNanoseconds{0};
 
     mutable std::mutex m_mutex;
     std::vector<Request> m_requests;
