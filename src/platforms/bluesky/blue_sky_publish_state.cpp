@@ -10,8 +10,7 @@ QString BlueSkyPublishState::statusText() const
     case Phase::processingMedia:
         return QStringLiteral("Processing %1").arg(type);
     case Phase::publishingPost:
-        if (total > 1)
-            return QStringLiteral("Publishing post %1 of %2").arg(index).arg(total);
+        // The position is in index and total; the line itself stays the same for every post.
         return QStringLiteral("Publishing post");
     case Phase::authenticating:
         return QStringLiteral("Authenticating with BlueSky...");
