@@ -18,14 +18,6 @@ public:
     }
 };
 
-QString normalizedHandle(QString handle)
-{
-    handle = handle.trimmed();
-    if (handle.startsWith(u'@'))
-        handle.remove(0, 1);
-    return handle;
-}
-
 } // namespace
 
 BlueSkyAccountConnector::BlueSkyAccountConnector(QNetworkAccessManager& network, AccountManager& accounts,
@@ -55,7 +47,7 @@ QCoro::Task<SocialAccount> BlueSkyAccountConnector::connect(QString handle, QStr
 
 QCoro::Task<SocialAccount> BlueSkyAccountConnector::signInAndStore(QString handle, QString appPassword, QString service)
 {
-    QMap<QString, QString> credentials{{CredentialKeys::handle, normalizedHandle(handle)},
+    QMap<QString, QString> credentials{{CredentialKeys::handle, BlueSkyService::normalizedHandle(handle)},
                                        {CredentialKeys::appPassword, appPassword.trimmed()}};
     service = service.trimmed();
     if (!service.isEmpty()) {

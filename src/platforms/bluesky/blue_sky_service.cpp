@@ -62,14 +62,6 @@ std::optional<BlueSkyRecordRef> refAt(const Json& object)
     return ref;
 }
 
-QString normalizedHandle(QString handle)
-{
-    handle = handle.trimmed();
-    if (handle.startsWith(u'@'))
-        handle.remove(0, 1);
-    return handle;
-}
-
 QString mediaType(const PostMedia& media)
 {
     return media.isVideo() ? QStringLiteral("video") : QStringLiteral("image");
@@ -174,6 +166,15 @@ void BlueSkyService::report(const StateCallback& progress, const BlueSkyPublishS
 {
     if (progress)
         progress(state);
+}
+
+QString BlueSkyService::normalizedHandle(QString handle)
+{
+    handle = handle.trimmed();
+    if (handle.startsWith(u'@'))
+        handle.remove(0, 1);
+    // Handles are case-insensitive; the network's own form is lower case.
+    return handle.toLower();
 }
 
 QUrl BlueSkyService::postURL(const QString& handle, const QString& rkey) const

@@ -117,8 +117,9 @@ public:
                                                       const Clock& clock, ImageEncoder& images,
                                                       const Endpoints& endpoints, QObject* parent = nullptr);
 
-    // The handle without a leading "@" or surrounding blanks.
+    // The handle without a leading "@" or surrounding blanks, in lower case.
     const QString& handle() const { return m_handle; }
+    static QString normalizedHandle(QString handle);
     const BlueSkyHosts& hosts() const { return m_hosts; }
     const std::optional<QString>& authToken() const { return m_authToken; }
     const std::optional<Timestamp>& rateLimitReset() const { return m_rateLimitReset; }
