@@ -93,6 +93,24 @@ TEST_F(BlueSkyAccountConnectorTest, storesAnAccountOnlyAfterARealSignIn)
     EXPECT_EQ(failures.last().at(1).toString(), duplicate.message());
 }
 
+TEST_F(BlueSkyAccountConnectorTest, connectButtonUsesWhatWasTypedIntoTheForm)
+{
+    BlueSkyAccountConnector flow(network, accounts, clock);
+    QSignalSpy failures(&flow, &BlueSkyAccountConnector::connectionFailed);
+    EXPECT_FALSE(waitForTask(flow.connectTypedCredentials()).has_value());
+    ASSERT_EQ(failures.size(), 1);
+    EXPECT_EQ(failures[0][1].toString(), QStringLiteral("Please enter your BlueSky handle and app password first"));
+
+    const QMap<QString, QString> typed{{QString(CredentialKeys::handle), QStringLiteral("alice.test")},
+                                       {QString(CredentialKeys::appPassword), QString::fromLatin1(FakeXrpcServer::kAppPassword)},
+                                       {QString(CredentialKeys::service), server.baseUrl().toString()}};
+    accounts.setTemporaryCredentials(PlatformType::bluesky, typed);
+    const std::optional<SocialAccount> connected = waitForTask(flow.connectTypedCredentials());
+    ASSERT_TRUE(connected.has_value());
+    EXPECT_EQ(accounts.accounts(PlatformType::bluesky).value(0).id, connected->id);
+    EXPECT_TRUE(accounts.temporaryCredentials(PlatformType::bluesky).isEmpty());
+}
+
 TEST_F(BlueSkyAccountConnectorTest, ownServerIsKeptAndEndpointsWin)
 {
     // No QUILLO_ENDPOINTS: the "service" the user typed is where the sign-in goes and is kept.

@@ -45,6 +45,20 @@ QCoro::Task<SocialAccount> BlueSkyAccountConnector::connect(QString handle, QStr
     throw *failure;
 }
 
+QCoro::Task<std::optional<SocialAccount>> BlueSkyAccountConnector::connectTypedCredentials()
+{
+    const QMap<QString, QString> typed = m_accounts.temporaryCredentials(PlatformType::bluesky);
+    std::optional<SocialAccount> account;
+    try {
+        account = co_await connect(typed.value(CredentialKeys::handle), typed.value(CredentialKeys::appPassword),
+                                   typed.value(CredentialKeys::service));
+    } catch (const BlueSkyError&) {
+        co_return std::nullopt; // logged and emitted by connect()
+    }
+    m_accounts.setTemporaryCredentials(PlatformType::bluesky, {});
+    co_return account;
+}
+
 QCoro::Task<SocialAccount> BlueSkyAccountConnector::signInAndStore(QString handle, QString appPassword, QString service)
 {
     QMap<QString, QString> credentials{{CredentialKeys::handle, BlueSkyService::normalizedHandle(handle)},

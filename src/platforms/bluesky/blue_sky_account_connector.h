@@ -6,6 +6,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 #include <qcoro/qcorotask.h>
 
 class AccountManager;
@@ -26,6 +28,12 @@ public:
     // BlueSky handle and app password first", "An account with this handle already
     // exists"), invalidCredentials, or what the sign-in met. Emits connectionFailed first.
     QCoro::Task<SocialAccount> connect(QString handle, QString appPassword, QString service = {});
+
+    // The form's connect button: connects what the user typed into the Bluesky form
+    // (AccountManager::temporaryCredentials: handle, appPassword, service), and forgets the
+    // typed values once the account is stored. Never throws: a failure is logged and
+    // emitted as connectionFailed, and gives nothing.
+    QCoro::Task<std::optional<SocialAccount>> connectTypedCredentials();
 
 Q_SIGNALS:
     // The connection-error notification of the settings: platform and error text.
