@@ -172,15 +172,3 @@ TEST(BlueSkyRichText, everyFacetCoversWhatItNames)
             EXPECT_EQ(covered(result.text, mention.byteStart, mention.byteEnd), "@" + mention.handle.toStdString());
     }
 }
-
-TEST(BlueSkyRichText, facetJson)
-{
-    const QList<BlueSkyFacet> facets{{Kind::link, 0, 5, QStringLiteral("https://a.io")},
-                                     {Kind::tag, 6, 10, QStringLiteral("tag")},
-                                     {Kind::mention, 11, 20, QStringLiteral("did:plc:bob")}};
-    EXPECT_EQ(BlueSkyRichText::toJson(facets), Json::parse(R"([
-        {"index":{"byteStart":0,"byteEnd":5},"features":[{"$type":"app.bsky.richtext.facet#link","uri":"https://a.io"}]},
-        {"index":{"byteStart":6,"byteEnd":10},"features":[{"$type":"app.bsky.richtext.facet#tag","tag":"tag"}]},
-        {"index":{"byteStart":11,"byteEnd":20},"features":[{"$type":"app.bsky.richtext.facet#mention","did":"did:plc:bob"}]}
-    ])"));
-}
