@@ -487,6 +487,7 @@ TEST_F(BlueSkyServiceTest, hostileLinkPagesDropOnlyTheCardOrTheThumbnail)
          FakeXrpcServer::Reply{200, plainImage(4, 4, "PNG"), "image/png", {}, 0}, true, true},
         {"page that trickles in", {200, head + QByteArray(4000, ' '), "text/html", {}, 20}, std::nullopt, false, false},
         {"missing page", {404, "gone", "text/html", {}, 0}, std::nullopt, false, false},
+        {"a PDF, not a page", {200, "%PDF-1.7 <title>not a title</title>", "application/pdf", {}, 0}, std::nullopt, false, false},
         {"thumbnail that is a web page", {200, head, "text/html", {}, 0},
          FakeXrpcServer::Reply{200, "<html>login</html>", "text/html", {}, 0}, true, false},
         {"thumbnail over the blob limit", {200, head, "text/html", {}, 0},

@@ -790,6 +790,11 @@ QCoro::Task<std::optional<BlueSkyLinkCard>> BlueSkyService::fetchLinkCard(QStrin
         co_return std::nullopt;
     }
     const auto [contentType, charset] = splitContentType(fetched.contentType);
+    // A link to a PDF or an image has no page to describe it.
+    if (!contentType.isEmpty() && contentType != "text/html" && contentType != "application/xhtml+xml") {
+        qCInfo(lcBlueSky).noquote() << QStringLiteral("Failed to fetch metadata for URL: ") + url;
+        co_return std::nullopt;
+    }
     const LinkMetadata metadata = LinkMetadata::parse(fetched.body, page, charset);
     qCInfo(lcBlueSky).noquote() << QStringLiteral("📄 Found metadata - Title: ") + metadata.title;
     BlueSkyLinkCard card{url, metadata.title, metadata.description, std::nullopt};
