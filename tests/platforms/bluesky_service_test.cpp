@@ -612,3 +612,41 @@ TEST_F(BlueSkyServiceTest, noCredentialReachesALogLineOrAnError)
         for (const QString& secret : std::as_const(secrets))
             EXPECT_FALSE(text.contains(secret)) << text.toStdString();
 }
+
+TEST_F(BlueSkyServiceTest, streamsAnMp4VideoAsABlobAndQuotesWithIt)
+{
+    const QString quoted = server.seedPost({{"$type", "app.bsky.feed.post"}, {"text", "quoted"}});
+    QByteArray movie(3 * 1024 * 1024, Qt::Uninitialized);
+    for (qsizetype i = 0; i < movie.size(); ++i)
+        movie[i] = char(i * 31 / 7);
+    PostMedia video;
+    video.type = MediaType::video;
+    video.originalPath = QUrl::fromLocalFile(writeFile(QStringLiteral("Clip.MP4"), movie));
+    video.altText = QStringLiteral("A short clip");
+
+    QList<double> uploaded;
+    const BlueSkyRecordRef posted = waitForTask(service.post(QStringLiteral("watch"), {video}, quoted, {},
+                                                             [&](const BlueSkyPublishState& s) {
+                                                                 if (s.phase == BlueSkyPublishState::Phase::uploadingMedia)
+                                                                     uploaded.append(s.progress);
+                                                             }));
+    const Json embed = recordAt(posted.uri)["embed"];
+    EXPECT_EQ(embed["$type"], "app.bsky.embed.recordWithMedia");
+    EXPECT_EQ(embed["record"]["record"]["uri"], quoted.toStdString());
+    EXPECT_EQ(embed["media"]["$type"], "app.bsky.embed.video");
+    EXPECT_EQ(embed["media"]["alt"], "A short clip");
+    EXPECT_EQ(embed["media"]["video"]["mimeType"], "video/mp4");
+    EXPECT_EQ(server.blob(QString::fromStdString(embed["media"]["video"]["ref"]["$link"])), movie);
+    ASSERT_FALSE(uploaded.isEmpty());
+    EXPECT_EQ(uploaded.last(), 1.0);
+
+    // An upload the server refuses is an upload failure, whatever the server's words.
+    server.setOverride([](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
+        if (r.path.endsWith("uploadBlob"))
+            return xrpcReply(413, R"({"error":"PayloadTooLarge","message":"request entity too large"})");
+        return std::nullopt;
+    });
+    const BlueSkyError refused = failureOf(service.post(QStringLiteral("again"), {video}));
+    EXPECT_EQ(refused.kind(), BlueSkyError::Kind::uploadFailed);
+    EXPECT_EQ(refused.status(), 413);
+}
