@@ -13,7 +13,13 @@ ifneq ($(CI),)
 CMAKE_FLAGS += -DQUILLO_WERROR=ON
 endif
 
-.PHONY: all deps configure build run test bench fuzz clean
+# The reference Bluesky PDS for `make test-live` (Node.js; its npm packages are installed
+# on first use). Ports and files are its own, so a PDS started by hand keeps running.
+PDS_DIR ?= ../shared/peers/bsky-pds
+LIVE_PDS_PORT ?= 2593
+LIVE_PLC_PORT ?= 2592
+
+.PHONY: all deps configure build run test test-live bench fuzz clean
 
 all: build
 
@@ -31,6 +37,17 @@ run: build
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
+
+# Publishes a thread to a real PDS on loopback and reads it back. `make test` skips it.
+test-live: build
+	@bash scripts/install-deps.sh --live
+	@[ -d $(PDS_DIR)/node_modules/@atproto/pds ] || (cd $(PDS_DIR) && npm ci)
+	@set -e; state=$(abspath $(BUILD_DIR))/bsky-pds; \
+	export BSKY_PDS_PORT=$(LIVE_PDS_PORT) BSKY_PLC_PORT=$(LIVE_PLC_PORT) BSKY_PID_FILE=$$state.pid \
+	       BSKY_LOG=$$state.log BSKY_INFO_FILE=$$state.json; \
+	$(PDS_DIR)/start.sh; \
+	trap '$(PDS_DIR)/stop.sh' EXIT; \
+	QUILLO_ENDPOINTS=bluesky=http://127.0.0.1:$(LIVE_PDS_PORT) $(BUILD_DIR)/tests/platforms/platforms_bluesky_live_test
 
 bench: build
 	@bash scripts/run-benchmarks.sh $(BUILD_DIR)

@@ -1,7 +1,12 @@
 #!/usr/bin/env bash
 # Installs every Debian package that building, testing and benchmarking Quillo need.
 # Idempotent: installs only what is missing, and refreshes the package lists only then.
+# With --live it also makes sure Node.js and npm are there, for the reference Bluesky PDS
+# of `make test-live` (a Node.js from another source, such as NodeSource, is kept).
 set -euo pipefail
+
+live=0
+[[ "${1:-}" == "--live" ]] && live=1
 
 packages=(
   build-essential cmake pkg-config git
@@ -24,6 +29,9 @@ for pkg in "${packages[@]}"; do
   status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
   [[ "$status" == "install ok installed" ]] || missing+=("$pkg")
 done
+if [[ $live -eq 1 ]] && ! { command -v node && command -v npm; } >/dev/null; then
+  missing+=(nodejs npm)
+fi
 
 if [[ ${#missing[@]} -eq 0 ]]; then
   echo "install-deps: everything is installed"

@@ -3,6 +3,7 @@
 #include "app/publish_notifier.h"
 #include "desktop/desktop_notifications.h"
 #include "media/media_preparation_service.h"
+#include "media/worker_image_encoder.h"
 #include "media/worker_media_prober.h"
 #include "media/worker_video_exporter.h"
 #include "scheduling/media_validator.h"
@@ -40,6 +41,7 @@ private:
     std::unique_ptr<Clock> m_fastClock;
     const Clock& m_loopClock;
     WorkerVideoExporter m_exporter;
+    WorkerImageEncoder m_images;
     WorkerMediaProber m_prober;
     MediaPreparationService m_media;
     MediaValidator m_validator;

@@ -23,12 +23,16 @@
 #include "mcp/mcp_stdio_transport.h"
 #include "mcp/mcp_tool_handlers.h"
 #include "media/worker_image_encoder.h"
+#include "platforms/bluesky/blue_sky_account_connector.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
 
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
+#include <QProcessEnvironment>
+
+#include <qcoro/qcorotask.h>
 
 #include <csignal>
 #include <cstdio>
@@ -123,6 +127,15 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     MediaImporter media(paths.mediaDir(), network, images);
     OAuthCallbackHub oauthCallbacks;
     URLSchemeHandler urlCommands(events, scheduler, accounts, media, clock);
+    // The Bluesky form's connect button (also pressed by `quillo://accounts?action=add`).
+    BlueSkyAccountConnector blueSkyConnector(network, accounts, clock,
+                                             Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()));
+    QObject::connect(&events, &AppEvents::accountConnectRequested, &blueSkyConnector,
+                     [&blueSkyConnector](PlatformType platform) {
+                         if (platform == PlatformType::bluesky)
+                             QCoro::connect(blueSkyConnector.connectTypedCredentials(), &blueSkyConnector,
+                                            [](const std::optional<SocialAccount>&) {});
+                     });
     CommandRouter router(oauthCallbacks, urlCommands);
     CommandChannelServer channel(
         paths, [&router](QString url) { return router.route(std::move(url)); },

@@ -23,7 +23,7 @@ std::optional<AccountDelivery> accountFromJson(const Json& json)
     for (const Json& post : json.value("posts", Json::array())) {
         if (!post.is_object() || !post.contains("index") || !post["index"].is_number_integer())
             return std::nullopt;
-        account.posts.append(DeliveredPost{post["index"].get<int>(), stringOf(post, "id"), stringOf(post, "url")});
+        account.posts.append(DeliveredPost{post["index"].get<int>(), stringOf(post, "id"), stringOf(post, "url"), stringOf(post, "cid")});
     }
     return account;
 }
@@ -77,8 +77,12 @@ Json DeliveryRecord::toJson() const
     Json list = Json::array();
     for (const AccountDelivery& account : accounts) {
         Json posts = Json::array();
-        for (const DeliveredPost& post : account.posts)
-            posts.push_back({{"index", post.index}, {"id", post.id.toStdString()}, {"url", post.url.toStdString()}});
+        for (const DeliveredPost& post : account.posts) {
+            Json entry{{"index", post.index}, {"id", post.id.toStdString()}, {"url", post.url.toStdString()}};
+            if (!post.cid.isEmpty())
+                entry["cid"] = post.cid.toStdString();
+            posts.push_back(std::move(entry));
+        }
         list.push_back({{"accountId", account.accountId.toString(QUuid::WithoutBraces).toStdString()},
                         {"platform", rawValue(account.platform).toStdString()},
                         {"accountName", account.accountName.toStdString()},

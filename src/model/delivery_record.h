@@ -15,6 +15,8 @@ struct DeliveredPost {
     int index = 0;
     QString id;
     QString url;
+    // The content hash a reply must name as well, where the network has one (Bluesky).
+    QString cid{};
 
     bool operator==(const DeliveredPost&) const = default;
 };

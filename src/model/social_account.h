@@ -22,6 +22,8 @@ inline constexpr QLatin1StringView accessSecret{"accessSecret"};
 // Bluesky.
 inline constexpr QLatin1StringView handle{"handle"};
 inline constexpr QLatin1StringView appPassword{"appPassword"};
+// Optional: the base URL of the account's own PDS or entryway, for people not on bsky.social.
+inline constexpr QLatin1StringView service{"service"};
 // Mastodon.
 inline constexpr QLatin1StringView instance{"instance"};
 inline constexpr QLatin1StringView clientId{"clientId"};

@@ -17,6 +17,8 @@ struct ThreadJob {
     QList<Post> thread;
     int from = 0;
     std::optional<DeliveredPost> previous;
+    // The thread's first post, when it is already out (a reply may have to name it).
+    std::optional<DeliveredPost> head;
     // X communities: also show the post to the account's followers.
     bool shareWithFollowers = false;
     // Stable across retries of the same scheduled thread and account, for networks that

@@ -1,11 +1,14 @@
 #include "scheduling/network_publisher_factory.h"
 
+#include "scheduling/blue_sky_account_publisher.h"
 #include "scheduling/scheduling_log.h"
 #include "scheduling/x_account_publisher.h"
 
-NetworkPublisherFactory::NetworkPublisherFactory(QNetworkAccessManager& network, const Clock& clock, Endpoints endpoints)
+NetworkPublisherFactory::NetworkPublisherFactory(QNetworkAccessManager& network, const Clock& clock, ImageEncoder& images,
+                                                 Endpoints endpoints)
     : m_network(network)
     , m_clock(clock)
+    , m_images(images)
     , m_endpoints(std::move(endpoints))
 {
 }
@@ -38,7 +41,12 @@ std::unique_ptr<AccountPublisher> NetworkPublisherFactory::make(const SocialAcco
         }
         return std::make_unique<XAccountPublisher>(std::make_unique<XService>(m_network, *credential, m_clock, hosts));
     }
-    case PlatformType::bluesky:
+    case PlatformType::bluesky: {
+        if (account.credential(CredentialKeys::handle).isEmpty() || account.credential(CredentialKeys::appPassword).isEmpty())
+            return nullptr;
+        return std::make_unique<BlueSkyAccountPublisher>(
+            BlueSkyService::forAccount(m_network, account, m_clock, m_images, m_endpoints));
+    }
     case PlatformType::mastodon:
         qCWarning(lcScheduler).noquote() << "No publisher for" << rawValue(account.platform) << "accounts in this build";
         return nullptr;

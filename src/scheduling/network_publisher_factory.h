@@ -9,13 +9,14 @@
 #include <memory>
 
 class Clock;
+class ImageEncoder;
 class QNetworkAccessManager;
 
 // The publishers the instance uses: each network's real client, pointed at the hosts
 // QUILLO_ENDPOINTS names when it is set.
 class NetworkPublisherFactory : public AccountPublisherFactory {
 public:
-    NetworkPublisherFactory(QNetworkAccessManager& network, const Clock& clock, Endpoints endpoints);
+    NetworkPublisherFactory(QNetworkAccessManager& network, const Clock& clock, ImageEncoder& images, Endpoints endpoints);
     ~NetworkPublisherFactory() override;
 
     AccountPublisher* publisherFor(const SocialAccount& account) override;
@@ -26,6 +27,7 @@ private:
 
     QNetworkAccessManager& m_network;
     const Clock& m_clock;
+    ImageEncoder& m_images;
     Endpoints m_endpoints;
     std::map<QUuid, std::unique_ptr<AccountPublisher>> m_publishers;
 };

@@ -145,8 +145,10 @@ QCoro::Task<PublishResult> PublishingService::publishToAccount(const PublishRequ
     ThreadJob job;
     job.thread = thread;
     job.from = int(delivery.posts.size());
-    if (!delivery.posts.isEmpty())
+    if (!delivery.posts.isEmpty()) {
         job.previous = delivery.posts.last();
+        job.head = delivery.posts.first();
+    }
     job.shareWithFollowers = request.xShareWithFollowers.value(account.id, false);
     if (request.scheduledPostId)
         job.idempotencyKey = request.scheduledPostId->toString(QUuid::WithoutBraces) + QLatin1Char('/')
