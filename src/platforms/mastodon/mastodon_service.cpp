@@ -105,6 +105,30 @@ QString mediaTypeName(const PostMedia& item)
     return item.isVideo() ? QStringLiteral("video") : QStringLiteral("image");
 }
 
+// Out of line: GCC 12 frees the buffer of a chained temporary (toUpper() on an rvalue)
+// when the chain sits in a coroutine.
+QByteArray newBoundary()
+{
+    return QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
+}
+
+QString withoutTags(const QString& html)
+{
+    static const QRegularExpression tags(QStringLiteral("<[^>]+>"));
+    QString text = html;
+    return text.remove(tags);
+}
+
+QString codeOf(const QUrl& callback)
+{
+    return QUrlQuery(callback).queryItemValue(QStringLiteral("code"), QUrl::FullyDecoded).trimmed();
+}
+
+QByteArray multipartContentType(const QByteArray& boundary)
+{
+    return "multipart/form-data; boundary=" + boundary;
+}
+
 bool isGif(const QString& path)
 {
     QFile file(path);
@@ -179,7 +203,7 @@ QUrl MastodonService::url(const QString& path) const
     return result;
 }
 
-QCoro::Task<MastodonService::Answer> MastodonService::send(Request request)
+QNetworkRequest MastodonService::networkRequest(const Request& request) const
 {
     QNetworkRequest network(url(request.path));
     network.setTransferTimeout(request.timeoutMs > 0 ? request.timeoutMs : m_options.timeoutMs);
@@ -190,7 +214,13 @@ QCoro::Task<MastodonService::Answer> MastodonService::send(Request request)
         network.setRawHeader("Content-Type", request.contentType);
     for (const auto& [name, value] : std::as_const(request.headers))
         network.setRawHeader(name, value);
+    return network;
+}
 
+QCoro::Task<MastodonService::Answer> MastodonService::send(Request request)
+{
+    // Built outside the coroutine: GCC 12 mishandles string-builder temporaries in one.
+    const QNetworkRequest network = networkRequest(request);
     std::unique_ptr<QNetworkReply, LaterDeleter> reply(request.method == "GET"
                                                            ? m_network.get(network)
                                                            : m_network.post(network, request.body));
@@ -285,7 +315,7 @@ QUrl MastodonService::authorizationUrl(const QString& redirectUri) const
 QCoro::Task<void> MastodonService::handleCallback(QUrl callback)
 {
     const QUrlQuery query(callback);
-    const QString code = query.queryItemValue(QStringLiteral("code"), QUrl::FullyDecoded).trimmed();
+    const QString code = codeOf(callback);
     if (code.isEmpty()) {
         // The person pressed "Deny", or the instance sent something else back.
         if (query.hasQueryItem(QStringLiteral("error")))
@@ -378,7 +408,12 @@ QCoro::Task<QString> MastodonService::uploadMedia(PostMedia item, StateCallback 
     if (onStateChange)
         onStateChange(MastodonPublishState::preparingMedia(type));
 
-    Upload upload = item.isVideo() ? prepareVideo(path) : co_await prepareImage(path);
+    // No co_await inside a conditional expression: GCC 12 destroys its temporaries twice.
+    Upload upload;
+    if (item.isVideo())
+        upload = prepareVideo(path);
+    else
+        upload = co_await prepareImage(path);
     const QString alt = item.altText.value_or(QString());
     const QString mediaId = co_await sendUpload(std::move(upload), alt, onStateChange);
     if (item.isVideo()) {
@@ -396,14 +431,16 @@ QCoro::Task<MastodonService::Upload> MastodonService::prepareImage(QString path)
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
             throw MastodonError(MastodonError::Kind::invalidMedia, path);
-        co_return Upload{file.readAll(), QStringLiteral("gif"), QStringLiteral("image/gif")};
+        Upload gif{file.readAll(), QStringLiteral("gif"), QStringLiteral("image/gif")};
+        co_return gif;
     }
     try {
         ImageEncodeRequest png{path, ImageFormat::png, std::nullopt};
         QByteArray data = co_await m_images.encode(std::move(png));
         if (data.size() <= limit) {
             qCInfo(lcMastodon).noquote() << QStringLiteral("Using PNG format for image upload: %1 bytes").arg(data.size());
-            co_return Upload{std::move(data), QStringLiteral("png"), QStringLiteral("image/png")};
+            Upload encoded{std::move(data), QStringLiteral("png"), QStringLiteral("image/png")};
+            co_return encoded;
         }
     } catch (const MediaError& error) {
         qCInfo(lcMastodon).noquote() << QStringLiteral("PNG encoding failed: ") + error.message();
@@ -417,27 +454,43 @@ QCoro::Task<MastodonService::Upload> MastodonService::prepareImage(QString path)
         throw MastodonError(MastodonError::Kind::invalidMedia, error.message());
     }
     qCInfo(lcMastodon).noquote() << QStringLiteral("Falling back to JPEG format: %1 bytes").arg(jpeg.size());
-    co_return Upload{std::move(jpeg), QStringLiteral("jpg"), QStringLiteral("image/jpeg")};
+    Upload upload{std::move(jpeg), QStringLiteral("jpg"), QStringLiteral("image/jpeg")};
+    co_return upload;
+}
+
+void MastodonService::checkVideoSize(const QString& path) const
+{
+    const QFileInfo info(path);
+    if (!info.isFile())
+        throw MastodonError(MastodonError::Kind::invalidMedia, path);
+    const qint64 limit = m_limits.videoSizeLimit > 0 ? std::min(m_limits.videoSizeLimit, kMaxMediaSize) : kMaxMediaSize;
+    if (info.size() <= limit)
+        return;
+    qCWarning(lcMastodon).noquote() << QStringLiteral("File size exceeds limit: %1").arg(info.size());
+    throw MastodonError::uploadFailed(std::nullopt,
+                                      QStringLiteral("File size %1 bytes exceeds limit of %2 bytes").arg(info.size()).arg(limit));
 }
 
 MastodonService::Upload MastodonService::prepareVideo(const QString& path) const
 {
     // Measured on disk: a file over the limit is refused before it is read or sent.
-    const QFileInfo info(path);
-    if (!info.isFile())
-        throw MastodonError(MastodonError::Kind::invalidMedia, path);
-    const qint64 limit = m_limits.videoSizeLimit > 0 ? std::min(m_limits.videoSizeLimit, kMaxMediaSize) : kMaxMediaSize;
-    if (info.size() > limit) {
-        qCWarning(lcMastodon).noquote() << QStringLiteral("File size exceeds limit: %1").arg(info.size());
-        throw MastodonError::uploadFailed(std::nullopt, QStringLiteral("File size %1 bytes exceeds limit of %2 bytes")
-                                                            .arg(info.size())
-                                                            .arg(limit));
-    }
+    checkVideoSize(path);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw MastodonError(MastodonError::Kind::invalidMedia, path);
-    const QString extension = info.suffix().toLower();
+    const QString extension = QFileInfo(path).suffix().toLower();
     return {file.readAll(), extension, QStringLiteral("video/") + extension};
+}
+
+MastodonService::Request MastodonService::uploadRequest(const QByteArray& body, const QByteArray& boundary) const
+{
+    Request request;
+    request.method = "POST";
+    request.path = QStringLiteral("/api/v1/media");
+    request.body = body;
+    request.contentType = multipartContentType(boundary);
+    request.timeoutMs = m_options.uploadTimeoutMs;
+    return request;
 }
 
 QByteArray MastodonService::multipartBody(const Upload& upload, const QString& altText, const QByteArray& boundary) const
@@ -470,7 +523,7 @@ QCoro::Task<QString> MastodonService::sendUpload(Upload upload, QString altText,
                                                             .arg(kMaxMediaSize));
     }
     const QString type = upload.mimeType.section(u'/', 0, 0);
-    const QByteArray boundary = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
+    const QByteArray boundary = newBoundary();
     const QByteArray body = multipartBody(upload, altText, boundary);
     upload.data.clear();
 
@@ -480,12 +533,7 @@ QCoro::Task<QString> MastodonService::sendUpload(Upload upload, QString altText,
         qCInfo(lcMastodon).noquote() << QStringLiteral("Upload attempt %1/%2").arg(attempt).arg(kUploadAttempts);
         if (onStateChange)
             onStateChange(MastodonPublishState::uploadingMedia(type, 0));
-        Request request;
-        request.method = "POST";
-        request.path = QStringLiteral("/api/v1/media");
-        request.body = body;
-        request.contentType = "multipart/form-data; boundary=" + boundary;
-        request.timeoutMs = m_options.uploadTimeoutMs;
+        Request request = uploadRequest(body, boundary);
         if (onStateChange) {
             request.uploadProgress = [onStateChange, type](qint64 sent, qint64 total) {
                 if (total > 0)
@@ -699,6 +747,16 @@ QCoro::Task<QList<MastodonPostResult>> MastodonService::postThread(MastodonThrea
                                     .arg(m_limits.maxCharacters));
     }
 
+    // A thread that cannot be finished is not started: videos are measured first.
+    for (int i = thread.firstIndex; i < total; ++i) {
+        for (const PostMedia& item : thread.posts.at(i).mediaItems) {
+            if (item.isVideo())
+                checkVideoSize(item.localFile());
+            else if (!QFileInfo(item.localFile()).isFile())
+                throw MastodonError(MastodonError::Kind::invalidMedia, item.localFile());
+        }
+    }
+
     const QUuid seed = thread.scheduledPostId.isNull() ? QUuid::createUuid() : thread.scheduledPostId;
     QString previous = thread.replyTo;
     for (int i = thread.firstIndex; i < total; ++i) {
@@ -741,7 +799,6 @@ QCoro::Task<QList<RecentPost>> MastodonService::fetchRecentPosts(int limit)
     if (!json || !json->is_array())
         throw MastodonError(MastodonError::Kind::unparsableResponse);
 
-    static const QRegularExpression tags(QStringLiteral("<[^>]+>"));
     QList<RecentPost> posts;
     for (const Json& status : *json) {
         if (!status.is_object())
@@ -749,7 +806,7 @@ QCoro::Task<QList<RecentPost>> MastodonService::fetchRecentPosts(int limit)
         RecentPost post;
         post.platform = PlatformType::mastodon;
         post.id = stringOf(status, "id");
-        post.text = stringOf(status, "content").remove(tags);
+        post.text = withoutTags(stringOf(status, "content"));
         const QString created = stringOf(status, "created_at");
         post.createdAt = Timestamp::fromIso8601(created);
         if (!post.createdAt)

@@ -23,6 +23,7 @@
 class ImageEncoder;
 class QNetworkAccessManager;
 class QNetworkReply;
+class QNetworkRequest;
 struct SocialAccount;
 
 // The stored secrets of one account (its "credentials" in the account list).
@@ -120,6 +121,8 @@ public:
     // Stops the running publication: the request in flight is aborted, nothing further is sent.
     void cancel();
     bool isCancelled() const { return m_cancelled; }
+    // Before the next publication through a cached service.
+    void resetCancellation() { m_cancelled = false; }
 
     // POST /api/v1/apps; keeps and returns the client id and secret.
     QCoro::Task<MastodonApp> registerApp(QString redirectUri = QString::fromLatin1(kRedirectUri));
@@ -178,9 +181,12 @@ private:
     };
 
     QCoro::Task<Answer> send(Request request);
+    QNetworkRequest networkRequest(const Request& request) const;
+    Request uploadRequest(const QByteArray& body, const QByteArray& boundary) const;
     QCoro::Task<void> wait(std::chrono::milliseconds duration);
     QCoro::Task<Upload> prepareImage(QString path);
     Upload prepareVideo(const QString& path) const;
+    void checkVideoSize(const QString& path) const;
     QCoro::Task<QString> sendUpload(Upload upload, QString altText, StateCallback onStateChange);
     QCoro::Task<void> waitForProcessing(QString mediaId);
     // At most the instance's attachment count, in order.
