@@ -10,9 +10,11 @@
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
 #include "core/app_paths.h"
+#include "core/endpoints.h"
 #include "core/log_sink.h"
 #include "core/preference_store.h"
 #include "core/system_clock.h"
+#include "core/xdg_url_opener.h"
 #include "events/app_events.h"
 #include "mcp/channel_command_sender.h"
 #include "mcp/mcp_log.h"
@@ -22,12 +24,15 @@
 #include "mcp/mcp_stdio_transport.h"
 #include "mcp/mcp_tool_handlers.h"
 #include "media/worker_image_encoder.h"
+#include "platforms/mastodon/mastodon_account_connector.h"
 #include "platforms/oauth/oauth_callback_hub.h"
+#include "platforms/oauth/xdg_scheme_handler_check.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
 
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
+#include <QProcessEnvironment>
 
 #include <csignal>
 #include <cstdio>
@@ -79,6 +84,30 @@ int handOverToRunningInstance(const AppPaths& paths, const LaunchOptions& option
     return outcome->ok ? 0 : 1;
 }
 
+// Until the settings window exists, the Mastodon sign-in speaks through the log and the
+// alert requests: which page to open, and how to hand back a code when no quillo://
+// handler is registered.
+void reportMastodonSignIn(MastodonAccountConnector& connector, AppEvents& events)
+{
+    QObject::connect(&connector, &MastodonAccountConnector::authorizationRequested, &events,
+                     [&events](const QUrl& page, bool pasteCode) {
+                         const QString where = page.toString(QUrl::FullyEncoded);
+                         if (!pasteCode) {
+                             qCInfo(lcApp).noquote() << QStringLiteral("🔑 Sign in to Mastodon in the browser: ") + where;
+                             return;
+                         }
+                         const QString text = QStringLiteral("Sign in to Mastodon at %1, then hand the code shown there "
+                                                             "to Quillo: quillo 'quillo://oauth?code=CODE'")
+                                                  .arg(where);
+                         qCInfo(lcApp).noquote() << QStringLiteral("🔑 ") + text;
+                         Q_EMIT events.alertRequested(QStringLiteral("Mastodon sign-in"), text);
+                     });
+    QObject::connect(&connector, &MastodonAccountConnector::connectionFailed, &events,
+                     [&events](PlatformType, const QString& message) {
+                         Q_EMIT events.alertRequested(QStringLiteral("Mastodon"), message);
+                     });
+}
+
 } // namespace
 
 int runForwarder(int, char**, const LaunchOptions& options)
@@ -122,6 +151,12 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     MediaImporter media(paths.mediaDir(), network, images);
     OAuthCallbackHub oauthCallbacks;
     URLSchemeHandler urlCommands(events, scheduler, accounts, media, clock);
+    XdgUrlOpener browser;
+    XdgSchemeHandlerCheck schemes;
+    MastodonAccountConnector mastodon(network, oauthCallbacks, accounts, browser, clock, images, schemes,
+                                      Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()));
+    reportMastodonSignIn(mastodon, events);
+    urlCommands.setMastodonConnector(&mastodon);
     CommandRouter router(oauthCallbacks, urlCommands);
     CommandChannelServer channel(
         paths, [&router](QString url) { return router.route(std::move(url)); },
