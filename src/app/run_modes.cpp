@@ -84,6 +84,13 @@ int handOverToRunningInstance(const AppPaths& paths, const LaunchOptions& option
     return outcome->ok ? 0 : 1;
 }
 
+// Stands in for the browser where QUILLO_NO_DESKTOP_OPENER forbids reaching the desktop
+// (tests): the sign-in page is only logged.
+class NoBrowser : public UrlOpener {
+public:
+    bool open(const QUrl&) override { return false; }
+};
+
 // Until the settings window exists, the Mastodon sign-in speaks through the log and the
 // alert requests: which page to open, and how to hand back a code when no quillo://
 // handler is registered.
@@ -151,10 +158,14 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     MediaImporter media(paths.mediaDir(), network, images);
     OAuthCallbackHub oauthCallbacks;
     URLSchemeHandler urlCommands(events, scheduler, accounts, media, clock);
-    XdgUrlOpener browser;
+    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    XdgUrlOpener desktopBrowser;
+    NoBrowser noBrowser;
+    const bool mayOpenBrowser = !environment.contains(QLatin1String(CommandChannelClient::kNoOpenerVariable));
     XdgSchemeHandlerCheck schemes;
-    MastodonAccountConnector mastodon(network, oauthCallbacks, accounts, browser, clock, images, schemes,
-                                      Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()));
+    MastodonAccountConnector mastodon(network, oauthCallbacks, accounts,
+                                      mayOpenBrowser ? static_cast<UrlOpener&>(desktopBrowser) : noBrowser, clock, images,
+                                      schemes, Endpoints::fromEnvironment(environment));
     reportMastodonSignIn(mastodon, events);
     urlCommands.setMastodonConnector(&mastodon);
     CommandRouter router(oauthCallbacks, urlCommands);
