@@ -1,6 +1,9 @@
 #include "platforms/mastodon/mastodon_instance.h"
 
 #include "core/endpoints.h"
+#include "core/preference_store.h"
+#include "store/account_manager.h"
+#include "support/temp_home.h"
 #include "model/social_account.h"
 #include "platforms/mastodon/mastodon_error.h"
 #include "platforms/mastodon/mastodon_instance_limits.h"
@@ -96,6 +99,26 @@ TEST(MastodonInstance, limitsComeFromEitherInstanceDocumentAndTravelWithTheAccou
     EXPECT_EQ(PlatformCharacterCounter::mastodonLimit({}), 500);
     big.credentials.insert(QStringLiteral("maxCharacters"), QStringLiteral("-3"));
     EXPECT_EQ(PlatformCharacterCounter::count(big, text).limit, 500);
+}
+
+TEST(MastodonInstance, limitsReadWhilePublishingAreCachedWithTheAccount)
+{
+    TempHome home;
+    PreferenceStore store(home.paths());
+    AccountManager accounts(store);
+    const SocialAccount account = SocialAccount::create(PlatformType::mastodon, QStringLiteral("a@big.example"),
+                                                        {{QStringLiteral("accessToken"), QStringLiteral("t")}}, {});
+    ASSERT_EQ(accounts.addAccount(account), std::nullopt);
+    int changes = 0;
+    QObject::connect(&accounts, &AccountManager::accountsDidChange, [&changes] { ++changes; });
+
+    const MastodonInstanceLimits limits{5000, 4, 0, 0};
+    EXPECT_TRUE(limits.storeWith(accounts, account.id));
+    EXPECT_TRUE(limits.storeWith(accounts, account.id));
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(AccountManager(store).account(account.id)->mastodonCharacterLimit(), 5000);
+    EXPECT_EQ(AccountManager(store).account(account.id)->credential(CredentialKeys::accessToken), QStringLiteral("t"));
+    EXPECT_FALSE(limits.storeWith(accounts, QUuid::createUuid()));
 }
 
 TEST(MastodonError, descriptionsNameTheCauseAndNeverTheSecrets)

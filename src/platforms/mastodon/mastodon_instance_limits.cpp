@@ -1,6 +1,7 @@
 #include "platforms/mastodon/mastodon_instance_limits.h"
 
 #include "model/social_account.h"
+#include "store/account_manager.h"
 
 namespace {
 
@@ -59,4 +60,17 @@ void MastodonInstanceLimits::writeTo(QMap<QString, QString>& credentials) const
 {
     credentials.insert(CredentialKeys::maxCharacters, QString::number(maxCharacters));
     credentials.insert(CredentialKeys::maxMediaAttachments, QString::number(maxMediaAttachments));
+}
+
+bool MastodonInstanceLimits::storeWith(AccountManager& accounts, const QUuid& accountId) const
+{
+    std::optional<SocialAccount> account = accounts.account(accountId);
+    if (!account)
+        return false;
+    QMap<QString, QString> credentials = account->credentials;
+    writeTo(credentials);
+    if (credentials == account->credentials)
+        return true;
+    account->credentials = credentials;
+    return accounts.updateAccount(*account);
 }

@@ -7,6 +7,8 @@
 
 #include <optional>
 
+class AccountManager;
+class QUuid;
 struct SocialAccount;
 
 // What an instance allows, from GET /api/v2/instance (or /api/v1/instance on older
@@ -27,4 +29,7 @@ struct MastodonInstanceLimits {
     static MastodonInstanceLimits fromAccount(const SocialAccount& account);
     // Stores the limits beside the account's credentials.
     void writeTo(QMap<QString, QString>& credentials) const;
+    // Caches the limits with the stored account (after a publication read them afresh);
+    // saves only when they changed. False when no such account is stored.
+    bool storeWith(AccountManager& accounts, const QUuid& accountId) const;
 };
