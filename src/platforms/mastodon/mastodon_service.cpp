@@ -431,7 +431,7 @@ QCoro::Task<MastodonService::Upload> MastodonService::prepareImage(QString path)
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
             throw MastodonError(MastodonError::Kind::invalidMedia, path);
-        Upload gif{file.readAll(), QStringLiteral("gif"), QStringLiteral("image/gif")};
+        Upload gif{file.readAll(), QString(), QStringLiteral("gif"), QStringLiteral("image/gif")};
         co_return gif;
     }
     try {
@@ -439,7 +439,7 @@ QCoro::Task<MastodonService::Upload> MastodonService::prepareImage(QString path)
         QByteArray data = co_await m_images.encode(std::move(png));
         if (data.size() <= limit) {
             qCInfo(lcMastodon).noquote() << QStringLiteral("Using PNG format for image upload: %1 bytes").arg(data.size());
-            Upload encoded{std::move(data), QStringLiteral("png"), QStringLiteral("image/png")};
+            Upload encoded{std::move(data), QString(), QStringLiteral("png"), QStringLiteral("image/png")};
             co_return encoded;
         }
     } catch (const MediaError& error) {
@@ -454,7 +454,7 @@ QCoro::Task<MastodonService::Upload> MastodonService::prepareImage(QString path)
         throw MastodonError(MastodonError::Kind::invalidMedia, error.message());
     }
     qCInfo(lcMastodon).noquote() << QStringLiteral("Falling back to JPEG format: %1 bytes").arg(jpeg.size());
-    Upload upload{std::move(jpeg), QStringLiteral("jpg"), QStringLiteral("image/jpeg")};
+    Upload upload{std::move(jpeg), QString(), QStringLiteral("jpg"), QStringLiteral("image/jpeg")};
     co_return upload;
 }
 
@@ -475,11 +475,8 @@ MastodonService::Upload MastodonService::prepareVideo(const QString& path) const
 {
     // Measured on disk: a file over the limit is refused before it is read or sent.
     checkVideoSize(path);
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw MastodonError(MastodonError::Kind::invalidMedia, path);
     const QString extension = QFileInfo(path).suffix().toLower();
-    return {file.readAll(), extension, QStringLiteral("video/") + extension};
+    return {QByteArray(), path, extension, QStringLiteral("video/") + extension};
 }
 
 MastodonService::Request MastodonService::uploadRequest(const QByteArray& body, const QByteArray& boundary) const
@@ -497,11 +494,24 @@ QByteArray MastodonService::multipartBody(const Upload& upload, const QString& a
 {
     const QByteArray crlf = "\r\n";
     QByteArray body;
-    body.reserve(upload.data.size() + 1024);
+    QFile file(upload.file);
+    if (!upload.file.isEmpty() && !file.open(QIODevice::ReadOnly))
+        throw MastodonError(MastodonError::Kind::invalidMedia, upload.file);
+    const qint64 size = upload.file.isEmpty() ? upload.data.size() : file.size();
+    body.reserve(size + 1024);
     body += "--" + boundary + crlf;
     body += "Content-Disposition: form-data; name=\"file\"; filename=\"media." + upload.extension.toUtf8() + "\"" + crlf;
     body += "Content-Type: " + upload.mimeType.toUtf8() + crlf + crlf;
-    body += upload.data + crlf;
+    if (upload.file.isEmpty()) {
+        body += upload.data;
+    } else {
+        // Read into its place in the body: the file is never held twice.
+        const qsizetype at = body.size();
+        body.resize(at + size);
+        if (file.read(body.data() + at, size) != size)
+            throw MastodonError(MastodonError::Kind::invalidMedia, upload.file);
+    }
+    body += crlf;
     if (!altText.isEmpty()) {
         body += "--" + boundary + crlf;
         body += "Content-Disposition: form-data; name=\"description\"" + crlf + crlf;
@@ -522,6 +532,8 @@ QCoro::Task<QString> MastodonService::sendUpload(Upload upload, QString altText,
                                                             .arg(upload.data.size())
                                                             .arg(kMaxMediaSize));
     }
+    if (!upload.file.isEmpty())
+        checkVideoSize(upload.file);
     const QString type = upload.mimeType.section(u'/', 0, 0);
     const QByteArray boundary = newBoundary();
     const QByteArray body = multipartBody(upload, altText, boundary);

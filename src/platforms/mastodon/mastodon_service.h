@@ -175,9 +175,10 @@ private:
         bool isRetryable() const { return status == 0 || status == 502 || status == 503 || status == 504; }
     };
     struct Upload {
-        QByteArray data;
-        QString extension;
-        QString mimeType;
+        QByteArray data;   // an encoded image
+        QString file{};    // or a video, read straight into the request body
+        QString extension{};
+        QString mimeType{};
     };
 
     QCoro::Task<Answer> send(Request request);
