@@ -1,7 +1,9 @@
 #include "platforms/mastodon/mastodon_service.h"
 
+#include "core/endpoints.h"
 #include "media/image_encoder.h"
 #include "media/media_error.h"
+#include "model/social_account.h"
 #include "support/coro_wait.h"
 #include "support/fake_mastodon_server.h"
 
@@ -485,6 +487,29 @@ TEST_F(MastodonServiceTest, signInRequestsAreWrittenExactly)
     EXPECT_EQ(failureOf(fresh.handleCallback(QUrl(QStringLiteral("quillo://oauth?error=access_denied")))).message(),
               QStringLiteral("Access to Mastodon API was denied. Please check if your credentials have the correct permissions."));
     EXPECT_EQ(server.requestsTo("/oauth/token").size(), 1u);
+}
+
+TEST_F(MastodonServiceTest, aStoredAccountGivesAServiceForItsInstance)
+{
+    SocialAccount account = SocialAccount::create(
+        PlatformType::mastodon, QStringLiteral("quillo@fake.example"),
+        {{QStringLiteral("instance"), QStringLiteral("fake.example")},
+         {QStringLiteral("accessToken"), QString::fromLatin1(FakeMastodonServer::kAccessToken)},
+         {QStringLiteral("maxCharacters"), QStringLiteral("5000")}},
+        {});
+    const auto direct = MastodonService::forAccount(network, account, images, Endpoints());
+    EXPECT_EQ(direct->baseUrl(), QUrl(QStringLiteral("https://fake.example")));
+    EXPECT_EQ(direct->limits().maxCharacters, 5000);
+
+    const auto local = MastodonService::forAccount(
+        network, account, images, Endpoints::parse(QStringLiteral("mastodon=") + server.baseUrl().toString()));
+    EXPECT_EQ(local->credentials().accountId, account.id);
+    EXPECT_EQ(waitForTask(local->verifyCredentials()).id, QString::fromLatin1(FakeMastodonServer::kAccountId));
+    // An expired token says so, in the client's words.
+    account.credentials.insert(QStringLiteral("accessToken"), QStringLiteral("expired-token"));
+    const auto expired = MastodonService::forAccount(
+        network, account, images, Endpoints::parse(QStringLiteral("mastodon=") + server.baseUrl().toString()));
+    EXPECT_EQ(failureOf(expired->verifyCredentials()).message(), QStringLiteral("Failed to authenticate with Mastodon"));
 }
 
 TEST_F(MastodonServiceTest, recentPostsAreTheAccountsOwnWithoutMarkup)

@@ -3,6 +3,7 @@
 #include "media/image_encoder.h"
 #include "media/media_error.h"
 #include "model/social_account.h"
+#include "platforms/mastodon/mastodon_instance.h"
 #include "platforms/mastodon/mastodon_log.h"
 #include "platforms/oauth/oauth_signer.h"
 #include "text/mastodon_character_counter.h"
@@ -158,6 +159,17 @@ MastodonService::MastodonService(QNetworkAccessManager& network, MastodonCredent
     }
     if (!m_credentials.clientId.isEmpty())
         qCInfo(lcMastodon).noquote() << QStringLiteral("Initializing MastodonService with client ID: ") + m_credentials.clientId;
+}
+
+std::unique_ptr<MastodonService> MastodonService::forAccount(QNetworkAccessManager& network, const SocialAccount& account,
+                                                             ImageEncoder& images, const Endpoints& endpoints,
+                                                             MastodonServiceOptions options)
+{
+    MastodonCredentials credentials = MastodonCredentials::fromAccount(account);
+    options.baseUrl = MastodonInstance::baseUrl(credentials.instance, endpoints);
+    auto service = std::make_unique<MastodonService>(network, std::move(credentials), images, std::move(options));
+    service->setLimits(MastodonInstanceLimits::fromAccount(account));
+    return service;
 }
 
 QString MastodonService::idempotencyKey(const QUuid& scheduledPostId, const QUuid& accountId, int index)

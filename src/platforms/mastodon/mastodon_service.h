@@ -18,8 +18,10 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <utility>
 
+class Endpoints;
 class ImageEncoder;
 class QNetworkAccessManager;
 class QNetworkReply;
@@ -112,6 +114,12 @@ public:
 
     MastodonService(QNetworkAccessManager& network, MastodonCredentials credentials, ImageEncoder& images,
                     MastodonServiceOptions options = {}, QObject* parent = nullptr);
+
+    // The client of a stored account: its credentials, its instance (or the
+    // QUILLO_ENDPOINTS replacement) and the limits cached with it.
+    static std::unique_ptr<MastodonService> forAccount(QNetworkAccessManager& network, const SocialAccount& account,
+                                                       ImageEncoder& images, const Endpoints& endpoints,
+                                                       MastodonServiceOptions options = {});
 
     const MastodonCredentials& credentials() const { return m_credentials; }
     QUrl baseUrl() const { return m_base; }
