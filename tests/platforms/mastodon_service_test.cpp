@@ -216,13 +216,17 @@ TEST_F(MastodonServiceTest, aLostAnswerIsRetriedOnlyWithItsKeyAndYieldsOneStatus
     const auto again = waitForTask(service.postThread({thread, kScheduledPost}));
     EXPECT_EQ(first, again);
     EXPECT_EQ(server.statuses().size(), 3u);
+    // Resuming after the first post (the scheduler's retry) sends only the rest, still keyed.
+    const auto rest = waitForTask(service.postThread({thread, kScheduledPost, 1, first[0].id}));
+    EXPECT_EQ(rest, first.mid(1));
+    EXPECT_EQ(server.statuses().size(), 3u);
 
     // Without a key a lost answer may hide a status: no second request.
     server.loseNextStatusAnswer();
     const MastodonError error = failureOf(service.post({QStringLiteral("Unkeyed")}));
     EXPECT_EQ(error.kind(), MastodonError::Kind::requestFailed);
     EXPECT_TRUE(error.message().startsWith(QStringLiteral("Request failed: ")));
-    EXPECT_EQ(server.requestsTo("/api/v1/statuses").size(), 7u);
+    EXPECT_EQ(server.requestsTo("/api/v1/statuses").size(), 8u);
 }
 
 TEST_F(MastodonServiceTest, uploadsRetryTransientFailuresOnlyAndExplainTheRest)
