@@ -11,9 +11,11 @@
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
 #include "core/app_paths.h"
+#include "core/endpoints.h"
 #include "core/log_sink.h"
 #include "core/preference_store.h"
 #include "core/system_clock.h"
+#include "core/xdg_url_opener.h"
 #include "events/app_events.h"
 #include "mcp/channel_command_sender.h"
 #include "mcp/mcp_log.h"
@@ -24,7 +26,9 @@
 #include "mcp/mcp_tool_handlers.h"
 #include "media/worker_image_encoder.h"
 #include "platforms/bluesky/blue_sky_account_connector.h"
+#include "platforms/mastodon/mastodon_account_connector.h"
 #include "platforms/oauth/oauth_callback_hub.h"
+#include "platforms/oauth/xdg_scheme_handler_check.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
 
@@ -84,6 +88,37 @@ int handOverToRunningInstance(const AppPaths& paths, const LaunchOptions& option
     return outcome->ok ? 0 : 1;
 }
 
+// Stands in for the browser where QUILLO_NO_DESKTOP_OPENER forbids reaching the desktop
+// (tests): the sign-in page is only logged.
+class NoBrowser : public UrlOpener {
+public:
+    bool open(const QUrl&) override { return false; }
+};
+
+// Until the settings window exists, the Mastodon sign-in speaks through the log and the
+// alert requests: which page to open, and how to hand back a code when no quillo://
+// handler is registered.
+void reportMastodonSignIn(MastodonAccountConnector& connector, AppEvents& events)
+{
+    QObject::connect(&connector, &MastodonAccountConnector::authorizationRequested, &events,
+                     [&events](const QUrl& page, bool pasteCode) {
+                         const QString where = page.toString(QUrl::FullyEncoded);
+                         if (!pasteCode) {
+                             qCInfo(lcApp).noquote() << QStringLiteral("🔑 Sign in to Mastodon in the browser: ") + where;
+                             return;
+                         }
+                         const QString text = QStringLiteral("Sign in to Mastodon at %1, then hand the code shown there "
+                                                             "to Quillo: quillo 'quillo://oauth?code=CODE'")
+                                                  .arg(where);
+                         qCInfo(lcApp).noquote() << QStringLiteral("🔑 ") + text;
+                         Q_EMIT events.alertRequested(QStringLiteral("Mastodon sign-in"), text);
+                     });
+    QObject::connect(&connector, &MastodonAccountConnector::connectionFailed, &events,
+                     [&events](PlatformType, const QString& message) {
+                         Q_EMIT events.alertRequested(QStringLiteral("Mastodon"), message);
+                     });
+}
+
 } // namespace
 
 int runForwarder(int, char**, const LaunchOptions& options)
@@ -127,9 +162,19 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     MediaImporter media(paths.mediaDir(), network, images);
     OAuthCallbackHub oauthCallbacks;
     URLSchemeHandler urlCommands(events, scheduler, accounts, media, clock);
+    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    XdgUrlOpener desktopBrowser;
+    NoBrowser noBrowser;
+    const bool mayOpenBrowser = !environment.contains(QLatin1String(CommandChannelClient::kNoOpenerVariable));
+    XdgSchemeHandlerCheck schemes;
+    MastodonAccountConnector mastodon(network, oauthCallbacks, accounts,
+                                      mayOpenBrowser ? static_cast<UrlOpener&>(desktopBrowser) : noBrowser, clock, images,
+                                      schemes, Endpoints::fromEnvironment(environment));
+    reportMastodonSignIn(mastodon, events);
+    urlCommands.setMastodonConnector(&mastodon);
     // The Bluesky form's connect button (also pressed by `quillo://accounts?action=add`).
     BlueSkyAccountConnector blueSkyConnector(network, accounts, clock,
-                                             Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()));
+                                             Endpoints::fromEnvironment(environment));
     QObject::connect(&events, &AppEvents::accountConnectRequested, &blueSkyConnector,
                      [&blueSkyConnector](PlatformType platform) {
                          if (platform == PlatformType::bluesky)

@@ -4,6 +4,7 @@
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
 #include "events/app_events.h"
+#include "platforms/mastodon/mastodon_account_connector.h"
 #include "store/account_manager.h"
 
 namespace {
@@ -27,9 +28,10 @@ PlatformType platformFrom(const CommandParams& params, const QString& missingMes
 
 } // namespace
 
-AccountCommands::AccountCommands(AccountManager& accounts, AppEvents& events)
+AccountCommands::AccountCommands(AccountManager& accounts, AppEvents& events, MastodonAccountConnector* mastodon)
     : m_accounts(accounts)
     , m_events(events)
+    , m_mastodon(mastodon)
 {
 }
 
@@ -72,7 +74,9 @@ CommandOutcome AccountCommands::add(const CommandParams& params)
     const QString instance = params.value(QStringLiteral("instance")).trimmed();
     if (platform == PlatformType::mastodon && !instance.isEmpty())
         Q_EMIT m_events.prefillMastodonInstanceRequested(instance);
-    if (autoConnect)
+    if (autoConnect && platform == PlatformType::mastodon && m_mastodon)
+        m_mastodon->start(instance);
+    else if (autoConnect)
         Q_EMIT m_events.accountConnectRequested(platform);
     return succeeded(QStringLiteral("Opened ") + rawValue(platform) + QStringLiteral(" account settings (addAccount=true, autoConnect=")
                      + (autoConnect ? QStringLiteral("true") : QStringLiteral("false")) + u')');

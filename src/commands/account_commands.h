@@ -6,12 +6,15 @@
 
 class AccountManager;
 class AppEvents;
+class MastodonAccountConnector;
 
 // The `accounts` command: add (opens the platform's account form), remove, edit and
 // set-default. Failures throw URLSchemeError with the command's messages.
 class AccountCommands {
 public:
-    AccountCommands(AccountManager& accounts, AppEvents& events);
+    // With a Mastodon connector, adding a Mastodon account with autoConnect starts the
+    // browser sign-in right away (no window has to press the connect button).
+    AccountCommands(AccountManager& accounts, AppEvents& events, MastodonAccountConnector* mastodon = nullptr);
 
     CommandOutcome run(const CommandParams& params);
 
@@ -25,4 +28,5 @@ private:
 
     AccountManager& m_accounts;
     AppEvents& m_events;
+    MastodonAccountConnector* m_mastodon;
 };

@@ -157,7 +157,7 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::run(Action action, CommandParams p
     case Action::settings: co_return settings(params);
     case Action::license: co_return openLicense(params);
     case Action::open: co_return activate();
-    case Action::accounts: co_return AccountCommands(m_accounts, m_events).run(params);
+    case Action::accounts: co_return AccountCommands(m_accounts, m_events, m_mastodon).run(params);
     case Action::scheduled: co_return co_await scheduled(params);
     }
     co_return CommandOutcome::failure(QStringLiteral("Unknown action"));

@@ -16,6 +16,7 @@
 class AccountManager;
 class AppEvents;
 class Clock;
+class MastodonAccountConnector;
 class MediaImporter;
 class SchedulerService;
 
@@ -32,6 +33,9 @@ public:
                      const Clock& clock, QObject* parent = nullptr);
 
     QCoro::Task<CommandOutcome> handle(QUrl url);
+    // Where `accounts?action=add&platform=mastodon` starts the sign-in; none: the form's
+    // connect button is asked to (TriggerAccountConnect).
+    void setMastodonConnector(MastodonAccountConnector* connector) { m_mastodon = connector; }
 
     static QString expectedScheme();
     static std::optional<Action> actionForHost(const QString& host);
@@ -63,4 +67,5 @@ private:
     MediaImporter& m_media;
     const Clock& m_clock;
     ScheduledPostBuilder m_builder;
+    MastodonAccountConnector* m_mastodon = nullptr;
 };

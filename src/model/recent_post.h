@@ -4,17 +4,22 @@
 #include "model/platform_type.h"
 
 #include <QString>
+#include <QUrl>
 
-// One of the user's own latest top-level posts on a network, as the quote picker lists it.
+#include <optional>
+
+// One of the account's own latest top-level posts, as the quote picker lists it.
 struct RecentPost {
     PlatformType platform = PlatformType::bluesky;
-    // The post's identifier on its network (an at:// URI on Bluesky).
+    // The post's identifier on its network (an at:// URI on Bluesky, a status id on Mastodon).
     QString id;
     QString text;
-    Timestamp createdAt;
+    std::optional<Timestamp> createdAt;
     int replyCount = 0;
     int repostCount = 0;
     int likeCount = 0;
+    // The post's web page, where the network gives one.
+    QUrl url;
 
     bool operator==(const RecentPost&) const = default;
 };

@@ -23,6 +23,15 @@ QString SocialAccount::mastodonInstance() const
     return stored.isEmpty() ? QString(kDefaultMastodonInstance) : stored;
 }
 
+std::optional<qsizetype> SocialAccount::mastodonCharacterLimit() const
+{
+    bool ok = false;
+    const qsizetype limit = credential(CredentialKeys::maxCharacters).toLongLong(&ok);
+    if (platform != PlatformType::mastodon || !ok || limit <= 0)
+        return std::nullopt;
+    return limit;
+}
+
 void SocialAccount::write(JsonWriter& writer) const
 {
     writer.beginObject();

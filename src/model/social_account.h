@@ -28,6 +28,9 @@ inline constexpr QLatin1StringView service{"service"};
 inline constexpr QLatin1StringView instance{"instance"};
 inline constexpr QLatin1StringView clientId{"clientId"};
 inline constexpr QLatin1StringView clientSecret{"clientSecret"};
+// The instance's own limits, cached when connecting and publishing (decimal text).
+inline constexpr QLatin1StringView maxCharacters{"maxCharacters"};
+inline constexpr QLatin1StringView maxMediaAttachments{"maxMediaAttachments"};
 } // namespace CredentialKeys
 
 // The public Mastodon instance used where an account's "instance" is empty.
@@ -60,6 +63,8 @@ struct SocialAccount {
     QString credential(QLatin1StringView key) const { return credentials.value(key); }
     // The Mastodon instance host, falling back to kDefaultMastodonInstance when empty.
     QString mastodonInstance() const;
+    // The cached character limit of a Mastodon account's instance, when one is known.
+    std::optional<qsizetype> mastodonCharacterLimit() const;
 
     void write(JsonWriter& writer) const;
     Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }

@@ -21,9 +21,9 @@ struct ThreadJob {
     std::optional<DeliveredPost> head;
     // X communities: also show the post to the account's followers.
     bool shareWithFollowers = false;
-    // Stable across retries of the same scheduled thread and account, for networks that
-    // can refuse a repeated request (empty when publishing from the composer).
-    QString idempotencyKey;
+    // The scheduled thread being published (null from the composer): with the account and
+    // a post's place it makes keys that let a network refuse a repeated request.
+    QUuid scheduledPostId;
 };
 
 // Publishes threads to one account through its network's client. Implementations exist

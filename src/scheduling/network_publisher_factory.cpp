@@ -1,7 +1,7 @@
 #include "scheduling/network_publisher_factory.h"
 
 #include "scheduling/blue_sky_account_publisher.h"
-#include "scheduling/scheduling_log.h"
+#include "scheduling/mastodon_account_publisher.h"
 #include "scheduling/x_account_publisher.h"
 
 NetworkPublisherFactory::NetworkPublisherFactory(QNetworkAccessManager& network, const Clock& clock, ImageEncoder& images,
@@ -48,8 +48,9 @@ std::unique_ptr<AccountPublisher> NetworkPublisherFactory::make(const SocialAcco
             BlueSkyService::forAccount(m_network, account, m_clock, m_images, m_endpoints));
     }
     case PlatformType::mastodon:
-        qCWarning(lcScheduler).noquote() << "No publisher for" << rawValue(account.platform) << "accounts in this build";
-        return nullptr;
+        if (account.credential(CredentialKeys::accessToken).isEmpty())
+            return nullptr;
+        return std::make_unique<MastodonAccountPublisher>(MastodonService::forAccount(m_network, account, m_images, m_endpoints));
     }
     return nullptr;
 }

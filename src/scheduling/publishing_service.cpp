@@ -150,9 +150,7 @@ QCoro::Task<PublishResult> PublishingService::publishToAccount(const PublishRequ
         job.head = delivery.posts.first();
     }
     job.shareWithFollowers = request.xShareWithFollowers.value(account.id, false);
-    if (request.scheduledPostId)
-        job.idempotencyKey = request.scheduledPostId->toString(QUuid::WithoutBraces) + QLatin1Char('/')
-            + account.id.toString(QUuid::WithoutBraces);
+    job.scheduledPostId = request.scheduledPostId.value_or(QUuid());
     const AccountPublisher::Delivered onDelivered = [this, &delivery](const DeliveredPost& post) {
         delivery.posts.append(post);
         if (m_keepRecord)

@@ -25,3 +25,25 @@ std::optional<qsizetype> PlatformCharacterCounter::firstTooLong(const QList<Post
     }
     return std::nullopt;
 }
+
+CharacterCount PlatformCharacterCounter::count(const SocialAccount& account, QStringView text)
+{
+    return count(account.platform, text, mastodonLimit({account}));
+}
+
+std::optional<qsizetype> PlatformCharacterCounter::firstTooLong(const QList<Post>& thread, const SocialAccount& account)
+{
+    return firstTooLong(thread, account.platform, mastodonLimit({account}));
+}
+
+qsizetype PlatformCharacterCounter::mastodonLimit(const QList<SocialAccount>& accounts)
+{
+    std::optional<qsizetype> smallest;
+    for (const SocialAccount& account : accounts) {
+        if (account.platform != PlatformType::mastodon)
+            continue;
+        const qsizetype limit = account.mastodonCharacterLimit().value_or(MastodonCharacterCounter::DefaultLimit);
+        smallest = std::min(smallest.value_or(limit), limit);
+    }
+    return smallest.value_or(MastodonCharacterCounter::DefaultLimit);
+}

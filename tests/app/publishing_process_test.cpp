@@ -192,7 +192,10 @@ TEST_F(Publication, KilledMidThreadItIsSettledAsInterruptedAndARetryFinishesWith
     startInstance();
     const QUuid id = scheduleThread({QStringLiteral("head"), QStringLiteral("middle"), QStringLiteral("tail")});
     ASSERT_TRUE(waitForExit());
-    EXPECT_EQ(storedPosts().constLast().status, PostStatus::processing);
+    // The list is saved in the background, so the kill may come before `processing` reached
+    // it; the delivery record written before the first request tells the next start either way.
+    const PostStatus left = storedPosts().constLast().status;
+    EXPECT_TRUE(left == PostStatus::processing || left == PostStatus::queued);
 
     startInstance();
     const auto failed = waitForStatus(id, PostStatus::failed);

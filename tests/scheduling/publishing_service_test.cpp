@@ -124,8 +124,7 @@ TEST_F(Publishing, ARetryDeliversOnlyWhatIsMissing)
     ASSERT_TRUE(partial.jobs[1].previous);
     EXPECT_EQ(partial.jobs[1].previous->id, QStringLiteral("x-1"));
     EXPECT_EQ(secondTry[1].url, QStringLiteral("https://example.net/x-0"));
-    EXPECT_EQ(partial.jobs[1].idempotencyKey, request.scheduledPostId->toString(QUuid::WithoutBraces) + QLatin1Char('/')
-                                                  + cut.id.toString(QUuid::WithoutBraces));
+    EXPECT_EQ(partial.jobs[1].scheduledPostId, *request.scheduledPostId);
 }
 
 TEST_F(Publishing, CancellingStopsTheRunningAccountAndSaysWhere)
