@@ -47,7 +47,9 @@ test-live: build
 	       BSKY_LOG=$$state.log BSKY_INFO_FILE=$$state.json; \
 	$(PDS_DIR)/start.sh; \
 	trap '$(PDS_DIR)/stop.sh' EXIT; \
-	QUILLO_ENDPOINTS=bluesky=http://127.0.0.1:$(LIVE_PDS_PORT) $(BUILD_DIR)/tests/platforms/platforms_bluesky_live_test
+	export QUILLO_ENDPOINTS=bluesky=http://127.0.0.1:$(LIVE_PDS_PORT); \
+	$(BUILD_DIR)/tests/platforms/platforms_bluesky_live_test; \
+	$(BUILD_DIR)/tests/app/app_bluesky_live_process_test
 
 bench: build
 	@bash scripts/run-benchmarks.sh $(BUILD_DIR)
