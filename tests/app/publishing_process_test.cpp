@@ -12,6 +12,7 @@
 
 #include <QDateTime>
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QThread>
 #include <QUrlQuery>
 
@@ -42,9 +43,16 @@ protected:
         preferences.sync();
         // Tweets the fake created (requests let through to it), in order.
         server.setOverride([this](const FakeXServer::Request& request) -> std::optional<FakeXServer::Reply> {
+            std::lock_guard lock(mutex);
+            if (!killAtPath.isEmpty() && request.path.contains(killAtPath)) {
+                killAtPath.clear();
+                ::kill(instancePid, SIGKILL);
+                FakeXServer::Reply unavailable;
+                unavailable.status = 503;
+                return unavailable;
+            }
             if (request.path != "/2/tweets")
                 return std::nullopt;
-            std::lock_guard lock(mutex);
             if (++tweetRequests == killAtTweet) {
                 ::kill(instancePid, SIGKILL);
                 FakeXServer::Reply unavailable;
@@ -101,7 +109,7 @@ protected:
         return forwarder.waitForExit(30000).value_or(-1);
     }
 
-    QUuid scheduleThread(const QStringList& texts)
+    QUuid scheduleThread(const QStringList& texts, const QString& media = {})
     {
         Json thread = Json::array();
         for (const QString& text : texts)
@@ -111,6 +119,8 @@ protected:
         query.addQueryItem(QStringLiteral("platforms"), QStringLiteral("x"));
         query.addQueryItem(QStringLiteral("date"), QDateTime::currentDateTimeUtc().addSecs(20).toString(Qt::ISODate));
         query.addQueryItem(QStringLiteral("stealthMode"), QStringLiteral("true"));
+        if (!media.isEmpty())
+            query.addQueryItem(QStringLiteral("media"), media);
         EXPECT_EQ(forward(QStringLiteral("quillo://schedule?") + query.toString(QUrl::FullyEncoded)), 0);
         const QList<ScheduledPost> posts = storedPosts();
         return posts.isEmpty() ? QUuid() : posts.constLast().id;
@@ -159,6 +169,7 @@ protected:
     pid_t instancePid = 0;
     int tweetRequests = 0;
     int killAtTweet = -1;
+    QByteArray killAtPath;
     QList<Json> created;
 };
 
@@ -225,4 +236,26 @@ TEST_F(Publication, KilledBeforeAnythingWentOutARetrySendsTheWholeThreadOnce)
     EXPECT_EQ(forward(QStringLiteral("quillo://scheduled?action=retry&id=") + id.toString(QUuid::WithoutBraces)), 0);
     ASSERT_TRUE(waitForStatus(id, PostStatus::published));
     EXPECT_EQ(createdTexts(), (QStringList{QStringLiteral("alpha"), QStringLiteral("beta")}));
+}
+
+TEST_F(Publication, KilledDuringAMediaUploadARetryPostsTheThreadOnceWithItsImage)
+{
+    const QString image = home.path() + QStringLiteral("/photo.png");
+    QFile file(image);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    // A 1x1 PNG: what the upload carries does not matter here, that it is carried once does.
+    file.write(QByteArray::fromBase64("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mP8z8BQDwAEhQGAhKmMIQAAAABJRU5ErkJggg=="));
+    file.close();
+    killAtPath = "/append";
+    startInstance();
+    const QUuid id = scheduleThread({QStringLiteral("with a photo"), QStringLiteral("and more")}, image);
+    ASSERT_TRUE(waitForExit());
+    startInstance();
+    ASSERT_TRUE(waitForStatus(id, PostStatus::failed));
+    EXPECT_TRUE(createdTexts().isEmpty());
+    EXPECT_EQ(forward(QStringLiteral("quillo://scheduled?action=retry&id=") + id.toString(QUuid::WithoutBraces)), 0);
+    ASSERT_TRUE(waitForStatus(id, PostStatus::published)) << instance->allStderr().toStdString();
+    EXPECT_EQ(createdTexts(), (QStringList{QStringLiteral("with a photo"), QStringLiteral("and more")}));
+    std::lock_guard lock(mutex);
+    EXPECT_EQ(created[0]["media"]["media_ids"].size(), 1u);
 }
