@@ -45,7 +45,7 @@ struct Schedule {
         : preferences(home.paths())
         , store(preferences)
         , accounts(preferences)
-        , media(exporter, preferences, home.path())
+        , media(exporter, images, preferences, home.path())
         , validator(prober)
         , deliveries(home.path() + QStringLiteral("/deliveries"))
         , publishing(publishers, media, deliveries)
@@ -81,6 +81,7 @@ struct Schedule {
     SchedulerService store;
     AccountManager accounts;
     UnusedExporter exporter;
+    UnusedImageEncoder images;
     MediaPreparationService media;
     AcceptingProber prober;
     MediaValidator validator;

@@ -29,7 +29,7 @@ PublishingStack::PublishingStack(const AppPaths& paths, PreferenceStore& prefere
     , m_exporter(WorkerImageEncoder::defaultWorkerPath())
     , m_images(WorkerImageEncoder::defaultWorkerPath())
     , m_prober(WorkerImageEncoder::defaultWorkerPath())
-    , m_media(m_exporter, preferences, QDir::tempPath())
+    , m_media(m_exporter, m_images, preferences, QDir::tempPath())
     , m_validator(m_prober)
     , m_deliveries(paths.deliveriesDir())
     , m_publishers(network, clock, m_images, Endpoints::fromEnvironment(QProcessEnvironment::systemEnvironment()))

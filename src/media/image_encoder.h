@@ -1,6 +1,9 @@
 #pragma once
 
+#include "model/redaction_rect.h"
+
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <qcoro/qcorotask.h>
@@ -14,6 +17,8 @@ struct ImageEncodeRequest {
     ImageFormat format = ImageFormat::png;
     // When set, quality and then size are lowered until the file fits.
     std::optional<qint64> maxBytes;
+    // Rectangles to black out first, as fractions of the upright image.
+    QList<RedactionRect> redactions{};
 };
 
 // Decodes an image file and returns it re-encoded. Refuses files that are cut short or

@@ -3,6 +3,7 @@
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "media/composition.h"
+#include "media/image_encoder.h"
 #include "media/media_error.h"
 #include "media/media_log.h"
 #include "media/video_preparation_error.h"
@@ -10,10 +11,11 @@
 #include <QDir>
 #include <QFile>
 
-MediaPreparationService::MediaPreparationService(VideoExporter& exporter, const PreferenceStore& preferences,
-                                                 QString temporaryRoot, QObject* parent)
+MediaPreparationService::MediaPreparationService(VideoExporter& exporter, ImageEncoder& images,
+                                                 const PreferenceStore& preferences, QString temporaryRoot, QObject* parent)
     : QObject(parent)
     , m_exporter(exporter)
+    , m_images(images)
     , m_preferences(preferences)
     , m_temporaryRoot(std::move(temporaryRoot))
 {
@@ -30,6 +32,40 @@ int MediaPreparationService::videoCount(const QList<Post>& thread)
     for (const Post& post : thread)
         count += int(std::count_if(post.mediaItems.cbegin(), post.mediaItems.cend(), [](const PostMedia& item) { return item.isVideo(); }));
     return count;
+}
+
+bool MediaPreparationService::needsPreparation(const QList<Post>& thread)
+{
+    for (const Post& post : thread) {
+        for (const PostMedia& item : post.mediaItems) {
+            if (item.isVideo() || !item.redactions.isEmpty())
+                return true;
+        }
+    }
+    return false;
+}
+
+QCoro::Task<void> MediaPreparationService::redactImages(PreparedThread& prepared)
+{
+    for (Post& post : prepared.posts) {
+        for (PostMedia& item : post.mediaItems) {
+            if (!item.isImage() || item.redactions.isEmpty())
+                continue;
+            ImageEncodeRequest request;
+            request.input = item.localFile();
+            request.format = ImageFormat::png;
+            request.redactions = item.redactions;
+            QCoro::Task<QByteArray> encoding = m_images.encode(request);
+            const QByteArray png = co_await std::move(encoding);
+            const QString output = QDir(workingFolder()).filePath(item.id.toString(QUuid::WithoutBraces) + QStringLiteral("-redacted.png"));
+            QFile file(output);
+            if (!file.open(QIODevice::WriteOnly) || file.write(png) != png.size())
+                throw MediaError::outputFailed(output + QStringLiteral(": ") + file.errorString());
+            prepared.temporaryFiles.append(output);
+            item.originalPath = FileUrl::fromLocalFile(output);
+            item.redactions.clear();
+        }
+    }
 }
 
 void MediaPreparationService::cancel()
@@ -64,11 +100,20 @@ QCoro::Task<PreparedThread> MediaPreparationService::prepare(QList<Post> thread,
 {
     m_cancelled = false;
     PreparedThread prepared{std::move(thread), {}};
-    const int total = videoCount(prepared.posts);
-    if (total == 0)
+    if (!needsPreparation(prepared.posts))
         co_return prepared;
     if (!QDir().mkpath(workingFolder()))
         throw VideoPreparationError::compression(QStringLiteral("cannot create ") + workingFolder());
+    try {
+        QCoro::Task<void> redacting = redactImages(prepared);
+        co_await std::move(redacting);
+    } catch (const MediaError& error) {
+        discard(prepared);
+        // Never the original instead: what was to be hidden would be published.
+        qCWarning(lcMedia).noquote() << QStringLiteral("Redaction failed: ") + error.message();
+        throw VideoPreparationError::redaction(error.message());
+    }
+    const int total = videoCount(prepared.posts);
     int number = 0;
     for (Post& post : prepared.posts) {
         for (PostMedia& item : post.mediaItems) {

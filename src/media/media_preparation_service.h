@@ -11,6 +11,7 @@
 
 #include <functional>
 
+class ImageEncoder;
 class PreferenceStore;
 
 // A thread whose videos were exported for publishing, and the files to remove afterwards.
@@ -19,21 +20,24 @@ struct PreparedThread {
     QStringList temporaryFiles;
 };
 
-// Makes a thread's videos ready to upload before publishing: each video exported with its
+// Makes a thread's media ready to upload before publishing: each video exported with its
 // own preset or the "PublishingExportPreset" preference, only its trim clips kept, its
-// captions burned in when asked, the watermark drawn when switched on; into "Quillo-Video"
-// under the temporary folder. A thread without videos passes through untouched.
+// captions burned in when asked, the watermark drawn when switched on; each image with
+// redactions written again with the rectangles blacked out. All into "Quillo-Video" under
+// the temporary folder; the originals are never sent. A thread with neither passes untouched.
 class MediaPreparationService : public QObject {
     Q_OBJECT
 public:
     // "Compressing videos (" i "/" n ")", and the share done of all videos.
     using Progress = std::function<void(const QString& status, double fraction)>;
 
-    MediaPreparationService(VideoExporter& exporter, const PreferenceStore& preferences, QString temporaryRoot,
-                            QObject* parent = nullptr);
+    MediaPreparationService(VideoExporter& exporter, ImageEncoder& images, const PreferenceStore& preferences,
+                            QString temporaryRoot, QObject* parent = nullptr);
 
     QString workingFolder() const;
     static int videoCount(const QList<Post>& thread);
+    // Whether anything must be made before upload: a video, or an image with redactions.
+    static bool needsPreparation(const QList<Post>& thread);
 
     // Throws VideoPreparationError::compression, or MediaError::cancelled(); the files made
     // so far are then removed.
@@ -44,8 +48,10 @@ public:
 
 private:
     VideoExportRequest requestFor(const PostMedia& item) const;
+    QCoro::Task<void> redactImages(PreparedThread& prepared);
 
     VideoExporter& m_exporter;
+    ImageEncoder& m_images;
     const PreferenceStore& m_preferences;
     QString m_temporaryRoot;
     bool m_cancelled = false;

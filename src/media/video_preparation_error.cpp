@@ -17,7 +17,17 @@ VideoPreparationError VideoPreparationError::trim(const QString& cause)
     return VideoPreparationError(Kind::trim, QStringLiteral("Unable to export trimmed video"), cause);
 }
 
+VideoPreparationError VideoPreparationError::redaction(const QString& cause)
+{
+    return VideoPreparationError(Kind::redaction, QStringLiteral("Unable to black out the redacted parts of an image"), cause);
+}
+
 QString VideoPreparationError::domain() const
 {
-    return m_kind == Kind::compression ? QStringLiteral("media_compression") : QStringLiteral("timeline_trim");
+    switch (m_kind) {
+    case Kind::compression: return QStringLiteral("media_compression");
+    case Kind::trim: return QStringLiteral("timeline_trim");
+    case Kind::redaction: return QStringLiteral("image_redaction");
+    }
+    return {};
 }

@@ -6,12 +6,14 @@
 // see; the media error behind it goes to the log.
 class VideoPreparationError : public QuilloError {
 public:
-    enum class Kind { compression, trim };
+    enum class Kind { compression, trim, redaction };
 
     // Domain "media_compression": "Unable to compress video".
     static VideoPreparationError compression(const QString& cause);
     // "Unable to export trimmed video".
     static VideoPreparationError trim(const QString& cause);
+    // An image whose redactions could not be applied; it is never sent as it was.
+    static VideoPreparationError redaction(const QString& cause);
 
     Kind kind() const { return m_kind; }
     QString domain() const;

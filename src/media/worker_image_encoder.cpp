@@ -55,6 +55,12 @@ QStringList WorkerImageEncoder::arguments(const ImageEncodeRequest& request, con
                           request.format == ImageFormat::jpeg ? QStringLiteral("jpeg") : QStringLiteral("png")};
     if (request.maxBytes)
         arguments << QStringLiteral("--max-bytes") << QString::number(*request.maxBytes);
+    if (!request.redactions.isEmpty()) {
+        QStringList rectangles;
+        for (const RedactionRect& r : request.redactions)
+            rectangles << QStringLiteral("%1,%2,%3,%4").arg(r.x).arg(r.y).arg(r.width).arg(r.height);
+        arguments << QStringLiteral("--redact") << rectangles.join(QLatin1Char(';'));
+    }
     return arguments;
 }
 

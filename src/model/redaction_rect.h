@@ -3,7 +3,9 @@
 #include "core/json_reader.h"
 #include "core/json_writer.h"
 
-// A rectangle blacked out on an image before upload, in the redaction tool's coordinates.
+// A rectangle blacked out on an image before upload. The redaction tool works in fractions
+// of the upright image (0…1 across and down), so a rectangle stays on the same spot
+// whatever size the image is shown or sent at.
 struct RedactionRect {
     double x = 0;
     double y = 0;

@@ -66,7 +66,7 @@ QCoro::Task<QList<PublishResult>> PublishingService::publish(PublishRequest requ
     if (m_keepRecord)
         m_record = m_deliveries.load(*request.scheduledPostId).value_or(m_record);
 
-    const bool hasVideo = MediaPreparationService::videoCount(request.thread) > 0;
+    const bool hasVideo = MediaPreparationService::needsPreparation(request.thread);
     m_postingShare = hasVideo ? 1.0 - preparationProgressWeight : 1.0;
     QStringList temporaryFiles;
     const auto cleanUp = qScopeGuard([&temporaryFiles] { MediaPreparationService::discard(PreparedThread{{}, temporaryFiles}); });

@@ -136,3 +136,22 @@ TEST_F(ImageWorker, CommandLineAnswersInJsonWithItsExitStatus)
     EXPECT_EQ(help, 0);
     EXPECT_TRUE(text.startsWith("Usage: quillo-media image")) << text.toStdString();
 }
+
+TEST_F(ImageWorker, RedactionsBlackOutTheirFractionOfTheUprightImage)
+{
+    QImage white(100, 50, QImage::Format_RGB32);
+    white.fill(Qt::white);
+    const QString source = write(QStringLiteral("white.png"), encoded(white, "PNG"));
+    ImageEncodeRequest request{source, ImageFormat::png, std::nullopt};
+    request.redactions = {RedactionRect{0.5, 0.0, 0.5, 0.5}, RedactionRect{0.0, 0.9, 0.1, 0.1}};
+    const QImage redacted = QImage::fromData(waitForTask(encoder.encode(request)), "PNG");
+    ASSERT_EQ(redacted.size(), white.size());
+    EXPECT_EQ(qGray(redacted.pixel(75, 10)), 0);
+    EXPECT_EQ(qGray(redacted.pixel(99, 0)), 0);
+    EXPECT_EQ(qGray(redacted.pixel(5, 48)), 0);
+    EXPECT_EQ(qGray(redacted.pixel(25, 40)), 255);
+    EXPECT_EQ(qGray(redacted.pixel(49, 30)), 255);
+
+    request.redactions = {RedactionRect{0.5, 0.5, 2.0, 0.1}};
+    EXPECT_EQ(failureOf(request), MediaError::Kind::workerFailed) << "a rectangle outside the image is refused";
+}

@@ -3,6 +3,7 @@
 #include "core/app_paths.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
+#include "media/image_encoder.h"
 #include "media/media_error.h"
 #include "media/media_preparation_service.h"
 #include "media/timeline_trim_service.h"
@@ -36,6 +37,20 @@ public:
     qsizetype failAt = -1;
 };
 
+class RecordingImageEncoder : public ImageEncoder {
+public:
+    QCoro::Task<QByteArray> encode(ImageEncodeRequest request) override
+    {
+        requests.append(request);
+        if (fail)
+            throw MediaError::unreadableInput(request.input);
+        co_return QByteArray("redacted png");
+    }
+
+    QList<ImageEncodeRequest> requests;
+    bool fail = false;
+};
+
 PostMedia media(MediaType type, const QString& file)
 {
     PostMedia item;
@@ -59,6 +74,7 @@ protected:
     AppPaths paths;
     PreferenceStore preferences;
     RecordingExporter exporter;
+    RecordingImageEncoder images;
 };
 
 } // namespace
@@ -81,7 +97,7 @@ TEST_F(MediaPreparation, EachVideoIsExportedWithItsOwnSettingsAndCounted)
     Post second;
     second.mediaItems = {edited};
 
-    MediaPreparationService service(exporter, preferences, temporary.path());
+    MediaPreparationService service(exporter, images, preferences, temporary.path());
     QStringList statuses;
     const PreparedThread prepared = waitForTask(service.prepare({first, second}, [&](const QString& status, double) {
         if (statuses.isEmpty() || statuses.constLast() != status)
@@ -125,7 +141,7 @@ TEST_F(MediaPreparation, AFailedExportFailsTheStepAndRemovesWhatWasMade)
     Post post;
     post.mediaItems = {media(MediaType::video, QStringLiteral("/m/a.mp4")), media(MediaType::video, QStringLiteral("/m/b.mp4"))};
     exporter.failAt = 2;
-    MediaPreparationService service(exporter, preferences, temporary.path());
+    MediaPreparationService service(exporter, images, preferences, temporary.path());
     try {
         waitForTask(service.prepare({post}, [](const QString&, double) {}));
         ADD_FAILURE() << "the failed export went unnoticed";
@@ -170,4 +186,36 @@ TEST_F(MediaPreparation, TrimsAreAppliedToTrimmedVideosOnly)
     EXPECT_EQ(done[1].localFile(), exporter.requests[0].output);
     EXPECT_EQ(done[1].videoDuration, 2.5);
     EXPECT_FALSE(done[1].trimClips);
+}
+
+TEST_F(MediaPreparation, RedactedImagesAreSentBlackedOutOrNotAtAll)
+{
+    PostMedia secret = media(MediaType::image, QStringLiteral("/m/screenshot.png"));
+    secret.redactions = {RedactionRect{0.1, 0.2, 0.3, 0.1}};
+    const PostMedia plain = media(MediaType::image, QStringLiteral("/m/cat.png"));
+    Post post;
+    post.mediaItems = {secret, plain};
+    MediaPreparationService service(exporter, images, preferences, temporary.path());
+    EXPECT_TRUE(MediaPreparationService::needsPreparation({post}));
+
+    const PreparedThread prepared = waitForTask(service.prepare({post}, [](const QString&, double) {}));
+    ASSERT_EQ(images.requests.size(), 1);
+    EXPECT_EQ(images.requests[0].redactions, secret.redactions);
+    const PostMedia& sent = prepared.posts[0].mediaItems[0];
+    EXPECT_TRUE(sent.localFile().startsWith(service.workingFolder()));
+    EXPECT_TRUE(sent.redactions.isEmpty());
+    QFile written(sent.localFile());
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), QByteArray("redacted png"));
+    EXPECT_EQ(prepared.posts[0].mediaItems[1], plain);
+    EXPECT_TRUE(exporter.requests.isEmpty());
+
+    // When blacking out fails the thread does not go out at all, least of all with the original.
+    images.fail = true;
+    try {
+        waitForTask(service.prepare({post}, [](const QString&, double) {}));
+        ADD_FAILURE() << "a failed redaction went unnoticed";
+    } catch (const VideoPreparationError& error) {
+        EXPECT_EQ(error.kind(), VideoPreparationError::Kind::redaction);
+    }
 }

@@ -36,7 +36,7 @@ class Publishing : public ::testing::Test {
 protected:
     Publishing()
         : preferences(home.paths())
-        , media(exporter, preferences, home.path())
+        , media(exporter, images, preferences, home.path())
         , deliveries(home.path() + QStringLiteral("/deliveries"))
         , service(publishers, media, deliveries)
     {
@@ -45,6 +45,7 @@ protected:
     TempHome home;
     PreferenceStore preferences;
     UnusedExporter exporter;
+    UnusedImageEncoder images;
     MediaPreparationService media;
     DeliveryRecordStore deliveries;
     FakePublisherFactory publishers;

@@ -23,7 +23,7 @@ protected:
         : preferences(home.paths())
         , store(preferences)
         , accounts(preferences)
-        , media(exporter, preferences, home.path())
+        , media(exporter, images, preferences, home.path())
         , validator(prober)
         , deliveries(home.path() + QStringLiteral("/deliveries"))
         , publishing(publishers, media, deliveries)
@@ -60,6 +60,7 @@ protected:
     SchedulerService store;
     AccountManager accounts;
     UnusedExporter exporter;
+    UnusedImageEncoder images;
     MediaPreparationService media;
     AcceptingProber prober;
     MediaValidator validator;

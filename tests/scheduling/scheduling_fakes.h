@@ -2,6 +2,7 @@
 
 // Doubles for the publishing path: publishers that record what they were asked and can
 // fail at a given post or hold until released, and a prober that accepts every video.
+#include "media/image_encoder.h"
 #include "media/media_prober.h"
 #include "media/video_exporter.h"
 #include "scheduling/account_publisher_factory.h"
@@ -78,6 +79,11 @@ public:
 class AcceptingProber : public MediaProber {
 public:
     QCoro::Task<std::optional<MediaFacts>> probe(QString) override { co_return MediaFacts{2.0, true, true}; }
+};
+
+class UnusedImageEncoder : public ImageEncoder {
+public:
+    QCoro::Task<QByteArray> encode(ImageEncodeRequest) override { co_return QByteArray("png"); }
 };
 
 class UnusedExporter : public VideoExporter {

@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QImageReader>
 #include <QPainter>
+#include <QPainter>
 #include <QSaveFile>
 
 namespace {
@@ -100,6 +101,23 @@ std::optional<Encoded> fit(QImage image, const QByteArray& format, std::optional
     }
 }
 
+// Solid black, fully opaque: nothing of what lay under a rectangle survives in any channel.
+void redact(QImage& image, const QList<QRectF>& rectangles)
+{
+    if (rectangles.isEmpty())
+        return;
+    if (image.hasAlphaChannel())
+        image = image.convertToFormat(QImage::Format_ARGB32);
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    for (const QRectF& fraction : rectangles) {
+        const QRectF area(fraction.x() * image.width(), fraction.y() * image.height(), fraction.width() * image.width(),
+                          fraction.height() * image.height());
+        // Rounded outwards, so a rectangle never leaves a sliver of the edge it covers.
+        painter.fillRect(area.toAlignedRect(), Qt::black);
+    }
+}
+
 } // namespace
 
 Json ImageJob::run(const Options& options)
@@ -115,6 +133,7 @@ Json ImageJob::run(const Options& options)
         return failure("unreadable", QStringLiteral("image is incomplete or unreadable: ") + options.input);
     if (options.format == "jpeg")
         image = flattened(image);
+    redact(image, options.redactions);
 
     const auto result = fit(std::move(image), options.format, options.maxBytes);
     if (!result)

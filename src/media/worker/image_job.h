@@ -2,6 +2,8 @@
 
 #include "core/json.h"
 
+#include <QList>
+#include <QRectF>
 #include <QString>
 
 #include <optional>
@@ -17,6 +19,8 @@ public:
         QString output;
         QByteArray format = "png";
         std::optional<qint64> maxBytes;
+        // Blacked out before encoding, as fractions of the upright image.
+        QList<QRectF> redactions{};
     };
 
     // The answer printed for the job: the written image's figures, or

@@ -39,9 +39,10 @@ const char* const kUsageText =
     "      the peak of each of N buckets (100 a second). Unreadable audio gives N zeros.\n"
     "  silences FILE\n"
     "      The quiet ranges of the sound track, as the video editor finds them.\n"
-    "  image IN OUT --format jpeg|png [--max-bytes N]\n"
+    "  image IN OUT --format jpeg|png [--max-bytes N] [--redact X,Y,W,H[;X,Y,W,H...]]\n"
     "      Decode IN and write it re-encoded to OUT. With --max-bytes, lower the JPEG\n"
     "      quality, then the size, until the file fits. Cut-off files are refused.\n"
+    "      --redact blacks out rectangles given as fractions (0-1) of the upright image.\n"
     "  export IN OUT --preset original|socialMedia|hd|fullHD|fourK [--clips 1.5-4,6-9.25]\n"
     "         [--subtitles FILE.srt] [--watermark] [--watermark-image FILE]\n"
     "      Write the kept ranges of IN back to back to OUT (.mov, .m4v, else MP4).\n"
@@ -91,7 +92,8 @@ std::function<void(double)> percentSteps(std::function<void(int)> report)
 }
 
 const char* const kEnvelopeUsage = "Usage: quillo-media envelope FILE [--buckets N] [--rate HZ]\n";
-const char* const kImageUsage = "Usage: quillo-media image IN OUT --format jpeg|png [--max-bytes N]\n";
+const char* const kImageUsage =
+    "Usage: quillo-media image IN OUT --format jpeg|png [--max-bytes N] [--redact X,Y,W,H[;X,Y,W,H...]]\n";
 const char* const kExportUsage =
     "Usage: quillo-media export IN OUT --preset original|socialMedia|hd|fullHD|fourK\n"
     "                           [--clips 1.5-4,6-9.25] [--subtitles FILE.srt]\n"
@@ -191,6 +193,26 @@ int runSilences(const Parsed& parsed)
     return print(answer);
 }
 
+// "0.1,0.2,0.3,0.1;…": fractions of the image, each rectangle inside it.
+std::optional<QList<QRectF>> parseRedactions(const QString& text)
+{
+    QList<QRectF> rectangles;
+    for (const QString& part : text.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        const QStringList numbers = part.split(QLatin1Char(','));
+        if (numbers.size() != 4)
+            return std::nullopt;
+        double values[4] = {};
+        for (int i = 0; i < 4; ++i) {
+            bool ok = false;
+            values[i] = numbers[i].trimmed().toDouble(&ok);
+            if (!ok || values[i] < 0 || values[i] > 1)
+                return std::nullopt;
+        }
+        rectangles.append(QRectF(values[0], values[1], values[2], values[3]));
+    }
+    return rectangles;
+}
+
 int runImage(const Parsed& parsed)
 {
     ImageJob::Options options;
@@ -204,6 +226,12 @@ int runImage(const Parsed& parsed)
     }
     if (options.format != "png" && options.format != "jpeg")
         return usage(kImageUsage, kUsage);
+    if (parsed.options.contains(QStringLiteral("--redact"))) {
+        const auto rectangles = parseRedactions(parsed.options.value(QStringLiteral("--redact")));
+        if (!rectangles)
+            return usage(kImageUsage, kUsage);
+        options.redactions = *rectangles;
+    }
     return print(ImageJob::run(options));
 }
 
@@ -313,7 +341,7 @@ const Job kJobs[] = {
     {"probe", "Usage: quillo-media probe FILE\n", {}, 1, runProbe},
     {"envelope", kEnvelopeUsage, {QStringLiteral("--buckets"), QStringLiteral("--rate")}, 1, runEnvelope},
     {"silences", "Usage: quillo-media silences FILE\n", {}, 1, runSilences},
-    {"image", kImageUsage, {QStringLiteral("--format"), QStringLiteral("--max-bytes")}, 2, runImage},
+    {"image", kImageUsage, {QStringLiteral("--format"), QStringLiteral("--max-bytes"), QStringLiteral("--redact")}, 2, runImage},
     {"export", kExportUsage,
      {QStringLiteral("--preset"), QStringLiteral("--clips"), QStringLiteral("--subtitles"), QStringLiteral("--watermark-image")},
      2, runExport, {QStringLiteral("--watermark")}},
