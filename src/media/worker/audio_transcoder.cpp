@@ -183,18 +183,7 @@ bool AudioTranscoder::encodeFull(bool flushAll, QString* error)
 
 bool AudioTranscoder::send(AVFrame* frame, QString* error)
 {
-    if (const int code = avcodec_send_frame(m_encoder.get(), frame); code < 0) {
-        *error = QStringLiteral("encoding the sound failed: ") + Ffmpeg::errorText(code);
-        return false;
-    }
-    Ffmpeg::Packet packet(av_packet_alloc());
-    while (avcodec_receive_packet(m_encoder.get(), packet.get()) == 0) {
-        packet->stream_index = m_stream->index;
-        av_packet_rescale_ts(packet.get(), m_encoder->time_base, m_stream->time_base);
-        if (!m_output.write(*packet, error))
-            return false;
-    }
-    return true;
+    return m_output.encode(*m_encoder, frame, *m_stream, "sound", error);
 }
 
 bool AudioTranscoder::finish(QString* error)

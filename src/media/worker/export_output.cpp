@@ -91,6 +91,23 @@ bool ExportOutput::write(AVPacket& packet, QString* error)
     return true;
 }
 
+bool ExportOutput::encode(AVCodecContext& encoder, AVFrame* frame, const AVStream& stream, const char* what,
+                          QString* error)
+{
+    if (const int code = avcodec_send_frame(&encoder, frame); code < 0 && code != AVERROR_EOF) {
+        *error = QStringLiteral("encoding the %1 failed: %2").arg(QLatin1String(what), Ffmpeg::errorText(code));
+        return false;
+    }
+    Ffmpeg::Packet packet(av_packet_alloc());
+    while (avcodec_receive_packet(&encoder, packet.get()) == 0) {
+        packet->stream_index = stream.index;
+        av_packet_rescale_ts(packet.get(), encoder.time_base, stream.time_base);
+        if (!write(*packet, error))
+            return false;
+    }
+    return true;
+}
+
 bool ExportOutput::finish(QString* error)
 {
     if (const int code = av_write_trailer(m_context); code < 0) {

@@ -28,6 +28,9 @@ public:
     // Writes the container header; false when the container refuses the streams.
     bool writeHeader(QString* error);
     bool write(AVPacket& packet, QString* error);
+    // Hands a frame (nothing: the end) to an encoder and writes every packet it gives back
+    // to `stream`. `what` names the track in the error ("video", "sound").
+    bool encode(AVCodecContext& encoder, AVFrame* frame, const AVStream& stream, const char* what, QString* error);
     // Writes the trailer and puts the file in place of any earlier one at the output path.
     bool finish(QString* error);
 

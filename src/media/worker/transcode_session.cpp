@@ -246,16 +246,5 @@ bool TranscodeSession::filterAndEncode(AVFrame* frame, QString* error)
 
 bool TranscodeSession::encode(AVFrame* frame, QString* error)
 {
-    if (const int code = avcodec_send_frame(m_encoder.get(), frame); code < 0 && code != AVERROR_EOF) {
-        *error = QStringLiteral("encoding the video failed: ") + Ffmpeg::errorText(code);
-        return false;
-    }
-    Ffmpeg::Packet packet(av_packet_alloc());
-    while (avcodec_receive_packet(m_encoder.get(), packet.get()) == 0) {
-        packet->stream_index = m_stream->index;
-        av_packet_rescale_ts(packet.get(), m_encoder->time_base, m_stream->time_base);
-        if (!m_output.write(*packet, error))
-            return false;
-    }
-    return true;
+    return m_output.encode(*m_encoder, frame, *m_stream, "video", error);
 }
