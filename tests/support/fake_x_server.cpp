@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QMessageAuthenticationCode>
 
+#include <chrono>
 #include <httplib.h>
 
 #include <cstdlib>
@@ -72,6 +73,9 @@ FakeXServer::FakeXServer()
     // The socket listens once bound, so connections made before the loop starts just wait.
     m_port = m_server->bind_to_any_port("127.0.0.1");
     m_thread = std::thread([this] { m_server->listen_after_bind(); });
+    // stop() is a no-op until the loop runs: a test that ends before it started would wait forever.
+    while (!m_server->is_running())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 FakeXServer::~FakeXServer()
