@@ -22,7 +22,6 @@ protected:
     {
     }
 
-
     BlueSkyError failureOf(QCoro::Task<SocialAccount>&& task)
     {
         try {
@@ -56,23 +55,22 @@ TEST_F(BlueSkyAccountConnectorTest, storesAnAccountOnlyAfterARealSignIn)
         QString password;
         BlueSkyError::Kind kind;
         QString message;
-        int sessionsAfter; // the form's own checks sign in to nothing
     };
     const Case refused[] = {
         {"empty handle", QStringLiteral("  "), QStringLiteral("x"), BlueSkyError::Kind::accountRejected,
-         QStringLiteral("Please enter your BlueSky handle and app password first"), 0},
+         QStringLiteral("Please enter your BlueSky handle and app password first")},
         {"empty password", QStringLiteral("alice.test"), QString(), BlueSkyError::Kind::accountRejected,
-         QStringLiteral("Please enter your BlueSky handle and app password first"), 0},
+         QStringLiteral("Please enter your BlueSky handle and app password first")},
         {"wrong password", QStringLiteral("alice.test"), QStringLiteral("nope"), BlueSkyError::Kind::invalidCredentials,
-         QStringLiteral("Invalid BlueSky handle or app password"), 0},
+         QStringLiteral("Invalid BlueSky handle or app password")},
     };
     for (const Case& c : refused) {
         SCOPED_TRACE(c.name);
         const BlueSkyError error = failureOf(flow.connect(c.handle, c.password));
         EXPECT_EQ(error.kind(), c.kind);
         EXPECT_EQ(error.message(), c.message);
-        EXPECT_EQ(server.sessionsCreated(), c.sessionsAfter);
     }
+    EXPECT_EQ(server.sessionsCreated(), 0);
     EXPECT_EQ(failures.size(), 3);
     EXPECT_TRUE(accounts.accounts().isEmpty());
 

@@ -61,7 +61,7 @@ TEST(BlueSkyRichText, byteRangesCountUtf8OfTheFinalText)
     EXPECT_EQ(result.firstLink, links[0].value);
 }
 
-TEST(BlueSkyRichText, decidesWhatIsALink)
+TEST(BlueSkyRichText, decidesWhatIsALinkAndJoinsBrokenOnes)
 {
     struct Case {
         const char* text;
@@ -75,7 +75,8 @@ TEST(BlueSkyRichText, decidesWhatIsALink)
         {"ping @bob.test or mail alice@example.com", {}},
         {"a word_in.com tail", {}},
         // Longer than 32 characters after the scheme is cut; exactly 32 stays whole.
-        {"https://abcdefghij.com/0123456789012345678", {{"abcdefghij.com/0123456789012345678", ""}}},
+        {"https://abcdefghij.com/0123456789012345678",
+         {{"abcdefghij.com/0123456789012345678", "https://abcdefghij.com/0123456789012345678"}}},
         {"https://abcdefghij.com/01234567890123456", {{"abcdefghij.com/01234567890123456", ""}}},
         // A link that starts a line and ends in punctuation still counts.
         {"first line\nexample.net.", {{"example.net", "https://example.net"}}},
@@ -97,19 +98,12 @@ TEST(BlueSkyRichText, decidesWhatIsALink)
             }
         }
     }
-    // The long one was cut, its target kept whole.
-    const auto cut = BlueSkyRichText::process(QStringLiteral("https://abcdefghij.com/0123456789012345678"));
-    EXPECT_EQ(cut.text, QStringLiteral("abcdefghij.com/01234567890123456..."));
-    EXPECT_EQ(cut.facets.at(0).value, QStringLiteral("https://abcdefghij.com/0123456789012345678"));
-}
 
-TEST(BlueSkyRichText, joinsALinkBrokenOverALineEnd)
-{
+    // A link broken over a line end is joined; text without a scheme is left alone.
     const auto result = BlueSkyRichText::process(QStringLiteral("read https://example.com/a\n  /b/c now"));
     EXPECT_EQ(result.text, QStringLiteral("read example.com/a /b/c now"));
     ASSERT_EQ(ofKind(result, Kind::link).size(), 1);
     EXPECT_EQ(result.facets[0].value, QStringLiteral("https://example.com/a"));
-    // Text without a scheme is left alone.
     EXPECT_EQ(BlueSkyRichText::repairLineBreaks(QStringLiteral("a.com\nb")), QStringLiteral("a.com\nb"));
 }
 

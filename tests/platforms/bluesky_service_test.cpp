@@ -12,7 +12,6 @@
 #include <QLoggingCategory>
 #include <QNetworkAccessManager>
 #include <QRandomGenerator>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -116,7 +115,28 @@ protected:
         m_previousHandler = qInstallMessageHandler(captureMessage);
     }
 
-    ~BlueSkyServiceTest() override { qInstallMessageHandler(m_previousHandler); }
+    // No app password or token reaches a log line, in any test.
+    ~BlueSkyServiceTest() override
+    {
+        qInstallMessageHandler(m_previousHandler);
+        for (const QString& line : std::as_const(capturedLog())) {
+            EXPECT_FALSE(line.contains(QString::fromLatin1(FakeXrpcServer::kAppPassword))) << line.toStdString();
+            for (const QByteArray& token : server.issuedTokens())
+                EXPECT_FALSE(line.contains(QString::fromLatin1(token))) << line.toStdString();
+        }
+    }
+
+    // Answers one XRPC method with `reply`, always or only the first `times` times.
+    void answer(const QByteArray& method, FakeXrpcServer::Reply reply, int times = -1)
+    {
+        auto left = std::make_shared<int>(times);
+        server.setOverride([=](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
+            if (!r.path.endsWith(method) || *left == 0)
+                return std::nullopt;
+            --*left;
+            return reply;
+        });
+    }
 
     static BlueSkyServiceOptions options()
     {
@@ -208,11 +228,9 @@ TEST_F(BlueSkyServiceTest, publishesAThreadWithFacetsImagesAQuoteAndALinkCard)
     quote.setIdOn(PlatformType::bluesky, quoted);
     thread[1].quoteContext = quote;
 
-    QList<BlueSkyPublishState> states;
     QList<int> postedIndexes;
-    const BlueSkyThreadResult result = waitForTask(service.postThread(
-        thread, [&](const BlueSkyPublishState& s) { states.append(s); },
-        [&](int index, const BlueSkyRecordRef&) { postedIndexes.append(index); }));
+    const BlueSkyThreadResult result = waitForTask(
+        service.postThread(thread, {}, [&](int index, const BlueSkyRecordRef&) { postedIndexes.append(index); }));
 
     ASSERT_EQ(result.posts.size(), 3);
     EXPECT_EQ(postedIndexes, (QList<int>{0, 1, 2}));
@@ -222,13 +240,12 @@ TEST_F(BlueSkyServiceTest, publishesAThreadWithFacetsImagesAQuoteAndALinkCard)
     EXPECT_EQ(server.requestsTo("getRecord").size(), 1u);
 
     const Json head = recordAt(result.posts[0].uri);
-    EXPECT_EQ(head["$type"], "app.bsky.feed.post");
     EXPECT_EQ(head["createdAt"], clock.now().toIso8601().toStdString());
     EXPECT_FALSE(head.contains("reply"));
     const Json& facets = head["facets"];
     ASSERT_EQ(facets.size(), 3u) << facets.dump();
     EXPECT_EQ(covered(head, facets[0]), "quillo.example/docs");
-    EXPECT_EQ(facets[0]["features"][0], Json({{"$type", "app.bsky.richtext.facet#link"}, {"uri", "https://quillo.example/docs"}}));
+    EXPECT_EQ(facets[0]["features"][0]["uri"], "https://quillo.example/docs");
     EXPECT_EQ(covered(head, facets[1]), "#launch");
     EXPECT_EQ(facets[1]["features"][0]["tag"], "launch");
     EXPECT_EQ(covered(head, facets[2]), "@bob.test");
@@ -244,12 +261,8 @@ TEST_F(BlueSkyServiceTest, publishesAThreadWithFacetsImagesAQuoteAndALinkCard)
     EXPECT_EQ(images[1]["aspectRatio"], Json({{"width", 30}, {"height", 70}}));
     EXPECT_EQ(server.blob(QString::fromStdString(images[0]["image"]["ref"]["$link"])), png);
     EXPECT_EQ(server.blob(QString::fromStdString(images[1]["image"]["ref"]["$link"])), jpeg);
-    EXPECT_TRUE(encoder.requests.isEmpty());
-    const auto uploads = server.requestsTo("uploadBlob");
-    ASSERT_EQ(uploads.size(), 3u);
-    EXPECT_TRUE(QRegularExpression(QStringLiteral("^0_[0-9a-f-]{36}\\.png$")).match(QString::fromLatin1(uploads[0].headers.value("x-filename"))).hasMatch());
-    EXPECT_TRUE(QRegularExpression(QStringLiteral("^1_[0-9a-f-]{36}\\.jpg$")).match(QString::fromLatin1(uploads[1].headers.value("x-filename"))).hasMatch());
-    EXPECT_EQ(uploads[1].headers.value("content-type"), "image/jpeg");
+    EXPECT_TRUE(encoder.requests.isEmpty()); // small PNG and JPEG go as they are
+    EXPECT_EQ(images[1]["image"]["mimeType"], "image/jpeg");
 
     const Json second = recordAt(result.posts[1].uri);
     EXPECT_EQ(second["reply"], Json({{"root", result.posts[0].toJson()}, {"parent", result.posts[0].toJson()}}));
@@ -262,20 +275,8 @@ TEST_F(BlueSkyServiceTest, publishesAThreadWithFacetsImagesAQuoteAndALinkCard)
     EXPECT_EQ(external["uri"], pageUrl("/article").toStdString());
     EXPECT_EQ(external["title"], "The article");
     EXPECT_EQ(external["description"], "What it says");
-    EXPECT_EQ(external["thumb"]["mimeType"], "image/png");
     EXPECT_EQ(server.blob(QString::fromStdString(external["thumb"]["ref"]["$link"])), thumb);
     EXPECT_EQ(server.requestsTo("/article").at(0).headers.value("user-agent"), QByteArray(BlueSkyService::kLinkCardUserAgent));
-
-    using P = BlueSkyPublishState::Phase;
-    ASSERT_FALSE(states.isEmpty());
-    EXPECT_EQ(states.first().phase, P::authenticating);
-    QList<std::pair<int, int>> publishing;
-    for (const auto& s : states)
-        if (s.phase == P::publishingPost)
-            publishing.append({s.index, s.total});
-    EXPECT_EQ(publishing, (QList<std::pair<int, int>>{{1, 3}, {2, 3}, {3, 3}}));
-    EXPECT_TRUE(std::any_of(states.begin(), states.end(), [](const auto& s) { return s.phase == P::uploadingMedia && s.progress == 1.0; }));
-    EXPECT_TRUE(capturedLog().contains(QStringLiteral(" Could not resolve DID for handle: ghost.test")));
 }
 
 TEST_F(BlueSkyServiceTest, repliesKeepTheirThreadsRootAndResumeAThread)
@@ -300,7 +301,6 @@ TEST_F(BlueSkyServiceTest, repliesKeepTheirThreadsRootAndResumeAThread)
         }
     }));
     EXPECT_EQ(stopped.kind(), BlueSkyError::Kind::cancelled);
-    EXPECT_EQ(stopped.message(), QStringLiteral("Publishing to BlueSky cancelled by user"));
     ASSERT_TRUE(posted.isValid());
     const size_t before = server.posts().size();
     service.resetCancellation();
@@ -360,7 +360,7 @@ TEST_F(BlueSkyServiceTest, refusesWhatTheNetworkWouldRefuseBeforeAnyRequest)
     EXPECT_TRUE(server.requests().empty());
 }
 
-TEST_F(BlueSkyServiceTest, signsInAgainOnceWhenTheTokenExpires)
+TEST_F(BlueSkyServiceTest, signsInAgainOnceWhenTheTokenExpiresAndNamesNoSecret)
 {
     waitForTask(service.post(QStringLiteral("one")));
     server.expireTokens();
@@ -370,17 +370,27 @@ TEST_F(BlueSkyServiceTest, signsInAgainOnceWhenTheTokenExpires)
     EXPECT_EQ(server.posts().size(), 2u);
 
     // A token refused again right after a new sign-in is not retried forever.
-    server.setOverride([](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-        if (r.path.endsWith("createRecord"))
-            return xrpcReply(400, R"({"error":"ExpiredToken","message":"Token has expired"})");
-        return std::nullopt;
-    });
-    const BlueSkyError error = failureOf(service.post(QStringLiteral("three")));
-    EXPECT_EQ(error.kind(), BlueSkyError::Kind::authenticationError);
-    EXPECT_TRUE(error.message().startsWith(QStringLiteral("BlueSkyError Authentication error")));
-    EXPECT_EQ(error.detail(), QStringLiteral("Token expired"));
+    answer("createRecord", xrpcReply(400, R"({"error":"ExpiredToken","message":"Token has expired"})"));
+    const BlueSkyError expired = failureOf(service.post(QStringLiteral("three")));
+    EXPECT_EQ(expired.kind(), BlueSkyError::Kind::authenticationError);
+    EXPECT_EQ(expired.detail(), QStringLiteral("Token expired"));
     EXPECT_EQ(server.requestsTo("createRecord").size(), 5u);
     EXPECT_EQ(server.sessionsCreated(), 3);
+
+    // No error text or log line names a password or a token.
+    answer("createRecord", xrpcReply(401, R"({"error":"InvalidToken","message":"Bad token"})"));
+    const BlueSkyError refused = failureOf(service.post(QStringLiteral("four")));
+    BlueSkyService wrong(network, QStringLiteral("alice.test"), QStringLiteral("wrong-pass-9999"), clock, encoder,
+                         {server.baseUrl(), {}}, options());
+    QStringList texts{failureOf(wrong.post(QStringLiteral("x"))).message(), refused.message(),
+                            QString::fromUtf8(refused.what()), expired.message(), QString::fromUtf8(expired.what())};
+    texts += capturedLog();
+    QStringList secrets{QString::fromLatin1(FakeXrpcServer::kAppPassword), QStringLiteral("wrong-pass-9999")};
+    for (const QByteArray& token : server.issuedTokens())
+        secrets.append(QString::fromLatin1(token));
+    for (const QString& text : std::as_const(texts))
+        for (const QString& secret : std::as_const(secrets))
+            EXPECT_FALSE(text.contains(secret)) << text.toStdString();
 }
 
 TEST_F(BlueSkyServiceTest, classifiesFailureAnswers)
@@ -412,11 +422,7 @@ TEST_F(BlueSkyServiceTest, classifiesFailureAnswers)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        server.setOverride([&c](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-            if (r.path.endsWith("createRecord"))
-                return c.reply;
-            return std::nullopt;
-        });
+        answer("createRecord", c.reply);
         const BlueSkyError error = failureOf(service.post(QStringLiteral("hello")));
         EXPECT_EQ(error.kind(), c.kind);
         EXPECT_EQ(error.detail(), c.detail);
@@ -428,7 +434,6 @@ TEST_F(BlueSkyServiceTest, classifiesFailureAnswers)
     BlueSkyService wrongPassword(network, QStringLiteral("@alice.test"), QStringLiteral("wrong"), clock, encoder,
                                  {server.baseUrl(), {}}, options());
     EXPECT_EQ(failureOf(wrongPassword.authenticate()).kind(), BlueSkyError::Kind::invalidCredentials);
-    EXPECT_TRUE(capturedLog().contains(QStringLiteral("🚫 Invalid credentials (401)")));
 
     BlueSkyService unreachable(network, QStringLiteral("alice.test"), QStringLiteral("x"), clock, encoder,
                                {QUrl(QStringLiteral("http://127.0.0.1:1")), {}}, options());
@@ -539,78 +544,29 @@ TEST_F(BlueSkyServiceTest, fetchesRecentPostsAndRetriesExpiredTokens)
     EXPECT_EQ(posts[0].createdAt, clock.now());
     EXPECT_EQ(posts[1].text, QStringLiteral("newer"));
     EXPECT_EQ(posts[2].createdAt, Timestamp::fromIso8601(u"2025-01-15T10:30:00.123Z").value());
-    EXPECT_EQ(posts[2].platform, PlatformType::bluesky);
     EXPECT_EQ(std::tuple(posts[2].replyCount, posts[2].repostCount, posts[2].likeCount), std::tuple(1, 2, 3));
-    EXPECT_TRUE(posts[2].id.startsWith(QStringLiteral("at://")));
     const auto feedRequest = server.requestsTo("getAuthorFeed").at(0);
     EXPECT_EQ(feedRequest.query.value("actor"), "alice.test");
     EXPECT_EQ(feedRequest.query.value("limit"), "100");
     EXPECT_EQ(feedRequest.query.value("filter"), "posts_no_replies");
 
     // Two expiries, then an answer.
-    int refusals = 2;
-    server.setOverride([&refusals](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-        if (r.path.endsWith("getAuthorFeed") && refusals-- > 0)
-            return xrpcReply(400, R"({"error":"ExpiredToken","message":"Token has expired"})");
-        return std::nullopt;
-    });
+    answer("getAuthorFeed", xrpcReply(400, R"({"error":"ExpiredToken","message":"Token has expired"})"), 2);
     EXPECT_EQ(waitForTask(service.fetchRecentPosts()).size(), 3);
 
-    // Expired every time: three waits of 1, 2 and 3 units, then the end.
-    capturedLog().clear();
+    // Expired every time: three new sessions, then the end.
     const int sessions = server.sessionsCreated();
     const size_t feeds = server.requestsTo("getAuthorFeed").size();
-    server.setOverride([](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-        if (r.path.endsWith("getAuthorFeed"))
-            return xrpcReply(401, R"({"error":"AuthenticationRequired","message":"Unauthorized"})");
-        return std::nullopt;
-    });
+    answer("getAuthorFeed", xrpcReply(401, R"({"error":"AuthenticationRequired","message":"Unauthorized"})"));
     const BlueSkyError error = failureOf(service.fetchRecentPosts());
     EXPECT_EQ(error.kind(), BlueSkyError::Kind::authenticationError);
     EXPECT_EQ(error.detail(), QStringLiteral("Failed to authenticate after 3 attempts"));
     EXPECT_EQ(server.requestsTo("getAuthorFeed").size(), feeds + 4);
     EXPECT_EQ(server.sessionsCreated(), sessions + 3);
-    QStringList waits = capturedLog().filter(QStringLiteral("before retry attempt"));
-    EXPECT_EQ(waits, (QStringList{QStringLiteral("Token expired, waiting 1s before retry attempt 1 of 3..."),
-                                  QStringLiteral("Token expired, waiting 2s before retry attempt 2 of 3..."),
-                                  QStringLiteral("Token expired, waiting 3s before retry attempt 3 of 3...")}));
-    EXPECT_TRUE(capturedLog().contains(QStringLiteral("Failed to fetch posts after 3 retry attempts")));
 
     // Malformed answers are an error, not a crash.
-    server.setOverride([](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-        if (r.path.endsWith("getAuthorFeed"))
-            return xrpcReply(200, R"({"feed":"not a list"})");
-        return std::nullopt;
-    });
+    answer("getAuthorFeed", xrpcReply(200, R"({"feed":"not a list"})"));
     EXPECT_EQ(failureOf(service.fetchRecentPosts()).kind(), BlueSkyError::Kind::invalidResponse);
-}
-
-TEST_F(BlueSkyServiceTest, noCredentialReachesALogLineOrAnError)
-{
-    QStringList texts;
-    BlueSkyService wrong(network, QStringLiteral("alice.test"), QStringLiteral("wrong-pass-9999"), clock, encoder,
-                         {server.baseUrl(), {}}, options());
-    texts.append(failureOf(wrong.post(QStringLiteral("x"))).message());
-    waitForTask(service.post(QStringLiteral("first")));
-    server.expireTokens();
-    waitForTask(service.post(QStringLiteral("second")));
-    server.setOverride([](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-        if (r.path.endsWith("createRecord"))
-            return xrpcReply(401, R"({"error":"InvalidToken","message":"Bad token"})");
-        return std::nullopt;
-    });
-    const BlueSkyError refused = failureOf(service.post(QStringLiteral("third")));
-    texts.append(refused.message());
-    texts.append(QString::fromUtf8(refused.what()));
-    texts.append(capturedLog());
-
-    ASSERT_GE(server.issuedTokens().size(), 2);
-    QStringList secrets{QString::fromLatin1(FakeXrpcServer::kAppPassword), QStringLiteral("wrong-pass-9999")};
-    for (const QByteArray& token : server.issuedTokens())
-        secrets.append(QString::fromLatin1(token));
-    for (const QString& text : std::as_const(texts))
-        for (const QString& secret : std::as_const(secrets))
-            EXPECT_FALSE(text.contains(secret)) << text.toStdString();
 }
 
 TEST_F(BlueSkyServiceTest, streamsAnMp4VideoAsABlobAndQuotesWithIt)
@@ -624,12 +580,7 @@ TEST_F(BlueSkyServiceTest, streamsAnMp4VideoAsABlobAndQuotesWithIt)
     video.originalPath = QUrl::fromLocalFile(writeFile(QStringLiteral("Clip.MP4"), movie));
     video.altText = QStringLiteral("A short clip");
 
-    QList<double> uploaded;
-    const BlueSkyRecordRef posted = waitForTask(service.post(QStringLiteral("watch"), {video}, quoted, {},
-                                                             [&](const BlueSkyPublishState& s) {
-                                                                 if (s.phase == BlueSkyPublishState::Phase::uploadingMedia)
-                                                                     uploaded.append(s.progress);
-                                                             }));
+    const BlueSkyRecordRef posted = waitForTask(service.post(QStringLiteral("watch"), {video}, quoted));
     const Json embed = recordAt(posted.uri)["embed"];
     EXPECT_EQ(embed["$type"], "app.bsky.embed.recordWithMedia");
     EXPECT_EQ(embed["record"]["record"]["uri"], quoted.toStdString());
@@ -637,15 +588,9 @@ TEST_F(BlueSkyServiceTest, streamsAnMp4VideoAsABlobAndQuotesWithIt)
     EXPECT_EQ(embed["media"]["alt"], "A short clip");
     EXPECT_EQ(embed["media"]["video"]["mimeType"], "video/mp4");
     EXPECT_EQ(server.blob(QString::fromStdString(embed["media"]["video"]["ref"]["$link"])), movie);
-    ASSERT_FALSE(uploaded.isEmpty());
-    EXPECT_EQ(uploaded.last(), 1.0);
 
     // An upload the server refuses is an upload failure, whatever the server's words.
-    server.setOverride([](const FakeXrpcServer::Request& r) -> std::optional<FakeXrpcServer::Reply> {
-        if (r.path.endsWith("uploadBlob"))
-            return xrpcReply(413, R"({"error":"PayloadTooLarge","message":"request entity too large"})");
-        return std::nullopt;
-    });
+    answer("uploadBlob", xrpcReply(413, R"({"error":"PayloadTooLarge","message":"request entity too large"})"));
     const BlueSkyError refused = failureOf(service.post(QStringLiteral("again"), {video}));
     EXPECT_EQ(refused.kind(), BlueSkyError::Kind::uploadFailed);
     EXPECT_EQ(refused.status(), 413);

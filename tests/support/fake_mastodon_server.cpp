@@ -45,23 +45,15 @@ QByteArray headerParameter(const QByteArray& header, const QByteArray& name)
     return header.mid(at + key.size(), end - at - key.size());
 }
 
-} // namespace
+struct Part {
+    QMap<QByteArray, QByteArray> headers;
+    QByteArray name;
+    QByteArray fileName;
+    QByteArray data;
+};
 
-QByteArray FakeMastodonServer::Request::queryValue(const QByteArray& name) const
-{
-    for (const auto& [n, v] : OAuthSigner::decodeForm(query))
-        if (n == name)
-            return v;
-    return {};
-}
-
-Json FakeMastodonServer::Request::json() const
-{
-    return Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
-}
-
-std::optional<QList<FakeMastodonServer::Part>> FakeMastodonServer::parseMultipart(const QByteArray& body,
-                                                                                  const QByteArray& boundary)
+// A multipart body split into its parts; nothing when it is not well formed.
+std::optional<QList<Part>> parseMultipart(const QByteArray& body, const QByteArray& boundary)
 {
     const QByteArray delimiter = "--" + boundary;
     const QByteArray first = delimiter + "\r\n";
@@ -93,6 +85,21 @@ std::optional<QList<FakeMastodonServer::Part>> FakeMastodonServer::parseMultipar
         at = stop + delimiter.size() + 4;
     }
     return parts;
+}
+
+} // namespace
+
+QByteArray FakeMastodonServer::Request::queryValue(const QByteArray& name) const
+{
+    for (const auto& [n, v] : OAuthSigner::decodeForm(query))
+        if (n == name)
+            return v;
+    return {};
+}
+
+Json FakeMastodonServer::Request::json() const
+{
+    return Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
 }
 
 FakeMastodonServer::FakeMastodonServer()

@@ -22,11 +22,10 @@ struct Request;
 struct Response;
 }
 
-// A stand-in for a Mastodon instance on 127.0.0.1. It plays app registration, the
-// authorize page (a redirect to the callback with a code), the token exchange, account
-// verification, the instance document, media upload and processing, statuses (keeping
-// what the Idempotency-Key promises) and the account's statuses. Every request is
-// recorded with its raw body; tests replace any answer with an override.
+// A Mastodon instance on 127.0.0.1: app registration, the authorize page, the token
+// exchange, account verification, the instance document, media upload and processing,
+// statuses (honouring Idempotency-Key) and the account's statuses. Every request is
+// recorded with its raw body; an override can replace any answer.
 class FakeMastodonServer {
 public:
     struct Request {
@@ -92,15 +91,6 @@ public:
     std::vector<Request> requests() const;
     std::vector<Request> requestsTo(const QByteArray& path) const;
     std::vector<Status> statuses() const;
-
-    // A multipart body split into its parts; nothing when it is not well formed.
-    struct Part {
-        QMap<QByteArray, QByteArray> headers;
-        QByteArray name;
-        QByteArray fileName;
-        QByteArray data;
-    };
-    static std::optional<QList<Part>> parseMultipart(const QByteArray& body, const QByteArray& boundary);
 
 private:
     void handle(const httplib::Request& in, httplib::Response& out);

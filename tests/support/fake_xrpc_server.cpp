@@ -2,7 +2,6 @@
 
 #include <QCryptographicHash>
 #include <QScopeGuard>
-#include <QUrlQuery>
 
 #include <httplib.h>
 
@@ -81,12 +80,6 @@ void FakeXrpcServer::expireTokens()
     std::lock_guard lock(m_mutex);
     for (const QByteArray& token : std::as_const(m_tokens))
         m_expired.insert(token);
-}
-
-void FakeXrpcServer::addHandle(const QString& handle, const QString& did)
-{
-    std::lock_guard lock(m_mutex);
-    m_handles.insert(handle, did);
 }
 
 void FakeXrpcServer::setPage(const QByteArray& path, Reply reply)

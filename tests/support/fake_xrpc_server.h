@@ -22,11 +22,9 @@ struct Request;
 struct Response;
 }
 
-// A stand-in for a Bluesky PDS on 127.0.0.1: sessions with bearer tokens that tests can
-// expire, blobs, post records with at:// URIs and CIDs, handle resolution and an author
-// feed, with the error answers of the real server. It also serves plain web pages (for
-// link cards), optionally trickled out slowly. Every request is recorded; any answer can
-// be replaced by an override.
+// A Bluesky PDS on 127.0.0.1: expirable sessions, blobs, post records, handle resolution
+// and an author feed, plus plain web pages (for link cards), optionally trickled out.
+// Every request is recorded; an override can replace any answer.
 class FakeXrpcServer {
 public:
     struct Request {
@@ -64,7 +62,6 @@ public:
     void setOverride(Override override);
     // Every token handed out so far is answered "Token has expired" from now on.
     void expireTokens();
-    void addHandle(const QString& handle, const QString& did);
     // A web page (or image) at a path outside /xrpc/.
     void setPage(const QByteArray& path, Reply reply);
     // Creates a post record directly, as if posted earlier; returns its at:// URI.
