@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -140,17 +141,21 @@ TEST(CommandChannelServer, KeepAlivesHoldClientsThatWaitLongerThanTheirTimeout)
     options.autoStart = false;
     options.desktopOpener.clear();
     std::vector<CommandOutcome> outcomes(2);
+    std::atomic<int> answered{0};
     std::vector<std::thread> clients;
     for (int i = 0; i < 2; ++i) {
         clients.emplace_back([&, i] {
             CommandChannelClient client(home.paths(), options);
             outcomes[size_t(i)] = client.send(QStringLiteral("quillo://slow?n=%1").arg(i), 200ms);
+            ++answered;
         });
     }
-    QSignalSpy finished(&server, &CommandChannelServer::commandFinished);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.size() == 2; }, 20000));
+    // The server's replies go out from this thread's event loop: keep it running until
+    // both clients have theirs.
+    const bool bothAnswered = QTest::qWaitFor([&] { return answered == 2; }, 20000);
     for (std::thread& client : clients)
         client.join();
+    ASSERT_TRUE(bothAnswered);
     for (const CommandOutcome& outcome : outcomes) {
         EXPECT_TRUE(outcome.ok) << outcome.message.toStdString();
         EXPECT_TRUE(outcome.message.startsWith(QStringLiteral("quillo://slow"))) << outcome.message.toStdString();

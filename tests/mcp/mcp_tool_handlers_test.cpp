@@ -105,8 +105,9 @@ TEST_F(MCPToolHandlersTest, ScheduleBuildsAStealthCommandAndReportsTheInstancesA
     ASSERT_EQ(m_sender.urls.size(), 1);
     EXPECT_EQ(m_sender.urls.last().host(), QStringLiteral("schedule"));
     EXPECT_EQ(m_sender.query("text"), QStringLiteral("a+b & c"));
-    EXPECT_EQ(m_sender.query("platforms"), QStringLiteral("x,bluesky"));
-    EXPECT_EQ(m_sender.query("xAccounts"), QStringLiteral("@me,Work"));
+    // Lists go as JSON arrays, so an item may hold a comma.
+    EXPECT_EQ(m_sender.query("platforms"), QStringLiteral(R"(["x","bluesky"])"));
+    EXPECT_EQ(m_sender.query("xAccounts"), QStringLiteral(R"(["@me","Work"])"));
     EXPECT_EQ(m_sender.query("thread"), QStringLiteral("true"));
     EXPECT_EQ(m_sender.query("stealthMode"), QStringLiteral("true"));
     EXPECT_FALSE(QUrlQuery(m_sender.urls.last()).hasQueryItem(QStringLiteral("unknownKey")));
@@ -190,7 +191,7 @@ TEST_F(MCPToolHandlersTest, SettingsAndAccountAddValidateBeforeSending)
     EXPECT_EQ(m_sender.urls.last().toString(),
               QStringLiteral("quillo://accounts?action=add&platform=mastodon&instance=mastodon.social&autoConnect=true"));
     call("accounts_add", {{"platform", "x"}, {"instance", "ignored"}, {"autoConnect", false}});
-    EXPECT_EQ(m_sender.urls.last().toString(), QStringLiteral("quillo://accounts?action=add&platform=x"));
+    EXPECT_EQ(m_sender.urls.last().toString(), QStringLiteral("quillo://accounts?action=add&platform=x&autoConnect=false"));
     EXPECT_EQ(call("settings_open").text, "Opened settings");
     EXPECT_EQ(m_sender.query("section"), QStringLiteral("general"));
 }
