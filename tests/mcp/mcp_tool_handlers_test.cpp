@@ -257,6 +257,8 @@ TEST_F(MCPToolHandlersTest, ScheduledListFiltersSortsAndPages)
     posts.append(scheduled("launch recap", 100, PostStatus::draft, {QStringLiteral("bluesky"), QStringLiteral("mastodon")}));
     posts.append(scheduled("Other", 200, PostStatus::failed, {QStringLiteral("mastodon")}));
     posts[2].error = QStringLiteral("Rate limited");
+    // An error left from an earlier attempt of a post queued again is not shown.
+    posts[0].error = QStringLiteral("Old failure");
     for (int i = 0; i < 600; ++i)
         posts.append(scheduled("filler", 1000 + i, PostStatus::published, {QStringLiteral("x")}));
     store(posts);
@@ -264,6 +266,8 @@ TEST_F(MCPToolHandlersTest, ScheduledListFiltersSortsAndPages)
     const Json launches = callJson("scheduled_list", {{"textContains", "LAUNCH"}, {"sortOrder", "desc"}});
     ASSERT_EQ(launches.size(), 2u);
     EXPECT_EQ(launches[0]["content"][0]["text"], "Launch day");
+    EXPECT_FALSE(launches[0].contains("error"));
+    EXPECT_FALSE(callJson("scheduled_list", {{"status", "failed"}, {"includeError", false}})[0].contains("error"));
     EXPECT_EQ(launches[1]["scheduledDate"], "2001-01-01T00:01:40Z");
 
     const Json failed = callJson("scheduled_list", {{"status", "failed"}, {"includeContent", false}});
