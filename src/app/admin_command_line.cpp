@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLoggingCategory>
 
 #include <cstdio>
 
@@ -120,6 +121,9 @@ namespace AdminCommandLine {
 
 int run(const LaunchOptions& options)
 {
+    // The stores' progress lines are the instance log's; here only warnings and the
+    // outcome reach the terminal.
+    QLoggingCategory::setFilterRules(QStringLiteral("quillo.*.info=false\nquillo.*.debug=false"));
     const AppPaths paths = AppPaths::fromEnvironment();
     if (!paths.ensureExists()) {
         print(stderr, QStringLiteral("❌ Could not create Quillo's folders under ") + paths.dataDir());
