@@ -48,6 +48,19 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
     }
     if (parseEditorCommand(arguments, options))
         return options;
+    // Commands are the first word, so a URL or file that happens to read "config" is not one.
+    static const QStringList transfers = {QStringLiteral("export-schedule"), QStringLiteral("import-schedule"),
+                                          QStringLiteral("export-accounts"), QStringLiteral("import-accounts")};
+    if (!arguments.isEmpty() && arguments.first() == QLatin1String("config")) {
+        options.mode = RunMode::config;
+        options.commandArguments = arguments.mid(1);
+        return options;
+    }
+    if (!arguments.isEmpty() && transfers.contains(arguments.first())) {
+        options.mode = RunMode::transfer;
+        options.commandArguments = arguments;
+        return options;
+    }
     for (const QString& argument : arguments) {
         if (argument.startsWith(QStringLiteral("quillo:"), Qt::CaseInsensitive))
             options.urls.append(argument);

@@ -10,6 +10,8 @@ enum class RunMode {
     desktop,    // the instance with tray icon and windows
     printMcpConfig, // --print-mcp-config EDITOR: print the editor's MCP snippet
     installMcp,     // --install-mcp EDITOR [--config PATH]: write it into the editor's file
+    config,         // config list | get KEY | set KEY VALUE
+    transfer,       // export-schedule | import-schedule | export-accounts | import-accounts FILE
 };
 
 // How this process was asked to run. Decided once, before any Qt application object
@@ -23,6 +25,8 @@ struct LaunchOptions {
     QStringList urls;
     QString editor;
     QString configPath;
+    // config and transfer: the words after the program name.
+    QStringList commandArguments;
 
     static LaunchOptions parse(const QStringList& arguments, const QProcessEnvironment& env);
 };

@@ -1,11 +1,19 @@
+#include "app/admin_command_line.h"
 #include "app/editor_command_line.h"
 #include "app/launch_options.h"
 #include "app/run_modes.h"
 
 #include <QStringList>
 
+#include <csignal>
+
 int main(int argc, char** argv)
 {
+    // Every mode writes to pipes and sockets whose reader may leave first (an editor
+    // closing the MCP server's stdout, a script piping `quillo count` into head): a
+    // failed write is handled where it happens, it must not kill the process.
+    std::signal(SIGPIPE, SIG_IGN);
+
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
@@ -19,6 +27,9 @@ int main(int argc, char** argv)
     case RunMode::printMcpConfig:
     case RunMode::installMcp:
         return EditorCommandLine::run(options);
+    case RunMode::config:
+    case RunMode::transfer:
+        return AdminCommandLine::run(options);
     case RunMode::headless:
     case RunMode::desktop:
         return RunModes::runInstance(argc, argv, options);

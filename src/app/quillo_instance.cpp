@@ -17,8 +17,9 @@ void QuilloInstance::launch()
     qCInfo(lcApp).noquote() << "Application did finish launching";
     prepareUiTestMode();
 
-    if (!m_preferences.contains(PreferenceKeys::ShowCalendarBadge))
-        m_preferences.setValue(PreferenceKeys::ShowCalendarBadge, true);
+    // Every default a fresh installation stores ("ShowCalendarBadge" among them), after
+    // a UI-test reset so the reset state gets them too; stored values are kept.
+    PreferenceKeys::registerDefaults(m_preferences);
 
     qCInfo(lcApp).noquote() << "Adding license status observer";
     // This build has no licence service: the check always passes.

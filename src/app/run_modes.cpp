@@ -7,6 +7,7 @@
 #include "app/unix_signal_watcher.h"
 #include "channel/command_channel_client.h"
 #include "channel/command_channel_server.h"
+#include "commands/admin_commands.h"
 #include "commands/command_router.h"
 #include "commands/media_importer.h"
 #include "commands/url_scheme_handler.h"
@@ -30,6 +31,7 @@
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "platforms/oauth/xdg_scheme_handler_check.h"
 #include "store/account_manager.h"
+#include "store/media_folder.h"
 #include "store/scheduler_service.h"
 
 #include <QCoreApplication>
@@ -172,6 +174,10 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
                                       schemes, Endpoints::fromEnvironment(environment));
     reportMastodonSignIn(mastodon, events);
     urlCommands.setMastodonConnector(&mastodon);
+    urlCommands.setPreferences(&preferences);
+    // Neither mode has windows yet; commands that only open one say so.
+    urlCommands.setWindowless(options.mode == RunMode::headless ? QStringLiteral("No window in headless mode")
+                                                                : QStringLiteral("No window in this build"));
     // The Bluesky form's connect button (also pressed by `quillo://accounts?action=add`).
     BlueSkyAccountConnector blueSkyConnector(network, accounts, clock,
                                              Endpoints::fromEnvironment(environment));
@@ -182,6 +188,8 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
                                             [](const std::optional<SocialAccount>&) {});
                      });
     CommandRouter router(oauthCallbacks, urlCommands);
+    AdminCommands admin(preferences, scheduler, accounts);
+    router.setAdminCommands(&admin);
     CommandChannelServer channel(
         paths, [&router](QString url) { return router.route(std::move(url)); },
         [&scheduler] {
@@ -216,6 +224,11 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     // arrived meanwhile wait in the channel's queue until the loop runs.
     accounts.reload();
     scheduler.loadPosts();
+    // Files that no stored post or draft refers to any more (deleted posts, imports that
+    // never became a post). Before the loop runs, so no command is adding one meanwhile.
+    const QStringList orphans = MediaFolder(paths.mediaDir()).removeOrphans(preferences);
+    if (!orphans.isEmpty())
+        qCInfo(lcApp).noquote() << QStringLiteral("🧹 Removed %1 unused media files").arg(orphans.size());
     publishing.start();
     const int status = app.exec();
     scheduler.waitForPendingSaves();

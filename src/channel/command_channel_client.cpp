@@ -22,15 +22,21 @@ QString ownExecutable()
     return QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget();
 }
 
-// Reads one reply frame; the socket is connected and the request written.
-CommandOutcome readReply(QLocalSocket& socket, QDeadlineTimer deadline)
+// Reads one reply frame; the socket is connected and the request written. Each
+// keep-alive starts the wait afresh: the instance is still on it.
+CommandOutcome readReply(QLocalSocket& socket, std::chrono::milliseconds replyTimeout)
 {
+    QDeadlineTimer deadline(replyTimeout);
     QByteArray buffer;
     for (;;) {
         buffer += socket.readAll();
-        const qsizetype end = buffer.indexOf('\n');
-        if (end >= 0) {
+        for (qsizetype end = buffer.indexOf('\n'); end >= 0; end = buffer.indexOf('\n')) {
             auto reply = CommandChannelProtocol::decodeReply(buffer.left(end));
+            buffer.remove(0, end + 1);
+            if (std::holds_alternative<CommandChannelProtocol::KeepAlive>(reply)) {
+                deadline = QDeadlineTimer(replyTimeout);
+                continue;
+            }
             if (auto* error = std::get_if<CommandChannelProtocol::DecodeError>(&reply))
                 return CommandOutcome::failure(error->message);
             return std::get<CommandOutcome>(reply);
@@ -86,7 +92,7 @@ std::optional<CommandOutcome> CommandChannelClient::exchange(const QByteArray& r
     socket.write(request);
     while (socket.bytesToWrite() > 0 && socket.state() == QLocalSocket::ConnectedState && !deadline.hasExpired())
         socket.waitForBytesWritten(int(qMax<qint64>(1, deadline.remainingTime())));
-    const CommandOutcome outcome = readReply(socket, deadline);
+    const CommandOutcome outcome = readReply(socket, replyTimeout);
     socket.disconnectFromServer();
     return outcome;
 }

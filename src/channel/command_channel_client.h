@@ -37,8 +37,9 @@ public:
     explicit CommandChannelClient(AppPaths paths);
     CommandChannelClient(AppPaths paths, Options options);
 
-    // Has the running instance carry out url and returns its outcome; waits at most
-    // replyTimeout for the reply once connected (commands that download media take a while).
+    // Has the running instance carry out url and returns its outcome. Once connected it
+    // waits for the reply as long as the instance keeps saying it is working, and gives
+    // up only after replyTimeout without a word from it.
     CommandOutcome send(const QString& url, std::chrono::milliseconds replyTimeout = kDefaultReplyTimeout);
 
     // Only talks to an instance that is already running: nothing when none answers.

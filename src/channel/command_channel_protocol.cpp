@@ -1,5 +1,6 @@
 #include "channel/command_channel_protocol.h"
 #include "core/json.h"
+#include "core/json_values.h"
 
 namespace CommandChannelProtocol {
 namespace {
@@ -13,7 +14,7 @@ QByteArray frame(const Json& message)
 // Parses a frame into an object with the expected version, or says why it is not one.
 std::variant<Json, DecodeError> parseObject(const QByteArray& bytes)
 {
-    const Json message = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
+    const Json message = JsonValues::parseOrDiscard(std::string_view(bytes.constData(), size_t(bytes.size())));
     if (message.is_discarded() || !message.is_object())
         return DecodeError{QStringLiteral("Malformed command message: not a JSON object")};
     const auto version = message.find("version");
@@ -40,6 +41,11 @@ QByteArray encodeReply(const CommandOutcome& outcome)
     return frame(Json{{"version", kVersion}, {"ok", outcome.ok}, {"message", outcome.message.toStdString()}});
 }
 
+QByteArray encodeKeepAlive()
+{
+    return frame(Json{{"version", kVersion}, {"working", true}});
+}
+
 QByteArray encodeSyncRequest()
 {
     return frame(Json{{"version", kVersion}, {"sync", true}});
@@ -60,12 +66,14 @@ std::variant<QString, SyncRequest, DecodeError> decodeRequest(const QByteArray& 
     return toQString(*url);
 }
 
-std::variant<CommandOutcome, DecodeError> decodeReply(const QByteArray& bytes)
+std::variant<CommandOutcome, KeepAlive, DecodeError> decodeReply(const QByteArray& bytes)
 {
     auto parsed = parseObject(bytes);
     if (auto* error = std::get_if<DecodeError>(&parsed))
         return *error;
     const Json& message = std::get<Json>(parsed);
+    if (const auto working = message.find("working"); working != message.end() && working->is_boolean() && working->get<bool>())
+        return KeepAlive{};
     const auto ok = message.find("ok");
     const auto text = message.find("message");
     if (ok == message.end() || !ok->is_boolean() || text == message.end() || !text->is_string())

@@ -21,6 +21,12 @@
 //   request  {"version":1,"sync":true}
 //   reply    {"version":1,"ok":true,"message":"Stored"}  (ok false when the save failed)
 //
+// While a command waits in the queue or runs, the instance sends keep-alives to its
+// client every few seconds, so a slow command (a large download) is never given up
+// on by a client that then sees it succeed:
+//
+//   keep-alive {"version":1,"working":true}
+//
 // JSON escapes every line feed inside strings, so the line feed is a safe frame end.
 namespace CommandChannelProtocol {
 
@@ -32,14 +38,16 @@ struct DecodeError {
 };
 
 struct SyncRequest {};
+struct KeepAlive {};
 
 QByteArray encodeRequest(const QString& url);
 QByteArray encodeSyncRequest();
 QByteArray encodeReply(const CommandOutcome& outcome);
+QByteArray encodeKeepAlive();
 
 // Both take one frame without its line feed.
 // A command request decodes to its URL.
 std::variant<QString, SyncRequest, DecodeError> decodeRequest(const QByteArray& frame);
-std::variant<CommandOutcome, DecodeError> decodeReply(const QByteArray& frame);
+std::variant<CommandOutcome, KeepAlive, DecodeError> decodeReply(const QByteArray& frame);
 
 } // namespace CommandChannelProtocol

@@ -24,7 +24,27 @@ CommandChannelServer::CommandChannelServer(AppPaths paths, Handler handler, Sett
     , m_paths(std::move(paths))
     , m_handler(std::move(handler))
     , m_settle(std::move(settle))
+    , m_keepAlive(new QTimer(this))
 {
+    m_keepAlive->setInterval(kKeepAliveInterval);
+    connect(m_keepAlive, &QTimer::timeout, this, &CommandChannelServer::sendKeepAlives);
+}
+
+void CommandChannelServer::setKeepAliveInterval(std::chrono::milliseconds interval)
+{
+    m_keepAlive->setInterval(interval);
+}
+
+void CommandChannelServer::sendKeepAlives()
+{
+    const QByteArray frame = CommandChannelProtocol::encodeKeepAlive();
+    const auto tell = [&frame](QLocalSocket* socket) {
+        if (socket && socket->state() == QLocalSocket::ConnectedState)
+            socket->write(frame);
+    };
+    tell(m_running.data());
+    for (const Pending& pending : m_queue)
+        tell(pending.socket.data());
 }
 
 CommandChannelServer::~CommandChannelServer()
@@ -176,9 +196,11 @@ void CommandChannelServer::enqueue(QLocalSocket* socket, QString url)
 QCoro::Task<> CommandChannelServer::drain()
 {
     m_draining = true;
+    m_keepAlive->start();
     while (!m_queue.empty()) {
         Pending next = std::move(m_queue.front());
         m_queue.pop_front();
+        m_running = next.socket;
         if (next.url.isEmpty()) {
             const bool stored = !m_settle || m_settle();
             reply(next.socket.data(),
@@ -192,8 +214,10 @@ QCoro::Task<> CommandChannelServer::drain()
         } catch (const std::exception& error) {
             outcome = CommandOutcome::failure(QString::fromUtf8(error.what()));
         }
+        m_running = nullptr;
         reply(next.socket.data(), outcome);
         Q_EMIT commandFinished(next.url, outcome);
     }
+    m_keepAlive->stop();
     m_draining = false;
 }

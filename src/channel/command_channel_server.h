@@ -37,6 +37,8 @@ public:
 
     static constexpr std::chrono::milliseconds kPartialFrameTimeout{10000};
     static constexpr std::size_t kMaxQueuedCommands = 1024;
+    // Well inside the client's reply timeout.
+    static constexpr std::chrono::milliseconds kKeepAliveInterval{5000};
 
     CommandChannelServer(AppPaths paths, Handler handler, Settle settle = {}, QObject* parent = nullptr);
     ~CommandChannelServer() override;
@@ -46,6 +48,7 @@ public:
     StartResult start();
     QString errorString() const { return m_error; }
     QString lockFilePath() const;
+    void setKeepAliveInterval(std::chrono::milliseconds interval);
 
 Q_SIGNALS:
     // Emitted after a command's reply was handed to its connection (or dropped because
@@ -71,6 +74,8 @@ private:
     void reply(QLocalSocket* socket, const CommandOutcome& outcome);
     void enqueue(QLocalSocket* socket, QString url);
     QCoro::Task<> drain();
+    // Tells every client whose command is queued or running that it is not forgotten.
+    void sendKeepAlives();
 
     AppPaths m_paths;
     Handler m_handler;
@@ -79,6 +84,9 @@ private:
     QLocalServer* m_server = nullptr;
     std::unordered_map<QLocalSocket*, Connection> m_connections;
     std::deque<Pending> m_queue;
+    // The client of the command that runs now.
+    QPointer<QLocalSocket> m_running;
+    QTimer* m_keepAlive = nullptr;
     bool m_draining = false;
     QString m_error;
 };

@@ -27,7 +27,7 @@ std::optional<SocialAccount> AccountResolver::find(PlatformType platform, const 
     return std::nullopt;
 }
 
-QList<QUuid> AccountResolver::resolve(PlatformType platform, const QStringList& identifiers) const
+QList<QUuid> AccountResolver::resolve(PlatformType platform, const QStringList& identifiers, QStringList* unmatched) const
 {
     QList<QUuid> ids;
     for (const QString& identifier : identifiers) {
@@ -35,6 +35,8 @@ QList<QUuid> AccountResolver::resolve(PlatformType platform, const QStringList& 
         if (!account) {
             qCWarning(lcCommands).noquote() << QStringLiteral("⚠️ URLSchemeHandler: Could not find account '") + identifier
                     + QStringLiteral("' for ") + rawValue(platform);
+            if (unmatched)
+                unmatched->append(QStringLiteral("'%1' (%2)").arg(identifier, rawValue(platform)));
             continue;
         }
         if (!ids.contains(account->id))

@@ -21,7 +21,9 @@ public:
     std::optional<SocialAccount> find(PlatformType platform, const QString& identifier) const;
     // The ids of the identifiers that match, in order and without repeats; the rest are
     // logged and left out.
-    QList<QUuid> resolve(PlatformType platform, const QStringList& identifiers) const;
+    // Identifiers that match no account are logged and, when unmatched is given,
+    // appended to it.
+    QList<QUuid> resolve(PlatformType platform, const QStringList& identifiers, QStringList* unmatched = nullptr) const;
 
 private:
     const AccountManager& m_accounts;

@@ -1,5 +1,6 @@
 #include "commands/command_params.h"
 #include "core/json.h"
+#include "core/json_values.h"
 
 #include <QUrlQuery>
 
@@ -24,7 +25,7 @@ QStringList CommandParams::list(const QString& name) const
 {
     const QString text = value(name).trimmed();
     if (text.startsWith(u'[')) {
-        const auto parsed = Json::parse(text.toStdString(), nullptr, false);
+        const auto parsed = JsonValues::parseOrDiscard(text.toStdString());
         if (parsed.is_array()) {
             QStringList items;
             for (const auto& item : parsed) {

@@ -3,7 +3,10 @@
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
 #include "core/json.h"
+#include "core/json_values.h"
 #include "text/text_splitter.h"
+
+#include <QRegularExpression>
 
 namespace CommandThread {
 namespace {
@@ -34,22 +37,58 @@ QString textOf(const Json& op)
     return toQString(*text);
 }
 
+// Without the line breaks (and the spaces on those lines) before the first and after
+// the last line that has text.
+QString trimBlankLines(const QString& text)
+{
+    qsizetype start = 0;
+    qsizetype end = text.size();
+    for (qsizetype i = 0; i < text.size() && text[i].isSpace(); ++i) {
+        if (text[i] == u'\n')
+            start = i + 1;
+    }
+    for (qsizetype i = text.size(); i > start && text[i - 1].isSpace(); --i) {
+        if (text[i - 1] == u'\n' || text[i - 1] == u'\r')
+            end = i - 1;
+    }
+    return text.mid(start, end - start);
+}
+
 } // namespace
+
+QStringList splitAtBreaks(const QString& text)
+{
+    // "---" alone on a line, spaces and a CR around it allowed; the blank lines that
+    // usually surround it belong to no post.
+    static const QRegularExpression breakLine(QStringLiteral("^[ \\t]*---[ \\t]*\\r?$"),
+                                              QRegularExpression::MultilineOption);
+    QStringList posts;
+    for (const QString& piece : text.split(breakLine)) {
+        const QString post = trimBlankLines(piece);
+        if (!post.trimmed().isEmpty())
+            posts.append(post);
+    }
+    if (posts.isEmpty())
+        posts.append(QString());
+    return posts;
+}
 
 QStringList textsFor(const QString& text, bool thread, bool autosplit)
 {
-    if (autosplit) {
-        QStringList pieces = TextSplitter::split(text, kSplitLimit);
-        return pieces.isEmpty() ? QStringList{text} : pieces;
+    const QStringList posts = thread ? splitAtBreaks(text) : QStringList{text};
+    if (!autosplit)
+        return posts;
+    QStringList pieces;
+    for (const QString& post : posts) {
+        const QStringList split = TextSplitter::split(post, kSplitLimit);
+        pieces.append(split.isEmpty() ? QStringList{post} : split);
     }
-    if (thread)
-        return text.split(TextSplitter::Separator);
-    return {text};
+    return pieces;
 }
 
 QStringList parseTexts(const QString& json)
 {
-    const Json parsed = Json::parse(json.toStdString(), nullptr, false);
+    const Json parsed = JsonValues::parseOrDiscard(json.toStdString());
     if (!parsed.is_array() || parsed.empty())
         throw URLSchemeError::invalidParameter(QStringLiteral("thread must be a non-empty JSON array of texts"));
     QStringList texts;
@@ -75,7 +114,7 @@ void setTexts(QList<Post>& thread, const QStringList& texts)
 
 void applyOps(QList<Post>& thread, const QString& json)
 {
-    const Json ops = Json::parse(json.toStdString(), nullptr, false);
+    const Json ops = JsonValues::parseOrDiscard(json.toStdString());
     if (!ops.is_array())
         throw URLSchemeError::invalidParameter(QStringLiteral("threadOps must be a JSON array of {op, index, text}"));
     for (const Json& op : ops) {

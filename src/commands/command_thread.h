@@ -13,8 +13,12 @@ namespace CommandThread {
 // The per-post limit used when a command asks for a long text to be split.
 inline constexpr qsizetype kSplitLimit = 280;
 
+// The posts of a thread written as one text, cut at each line that holds only "---".
+// Posts with no text are left out; there is always at least one.
+QStringList splitAtBreaks(const QString& text);
+
 // The post texts of one command text: cut at the user's own post breaks when `thread`
-// is asked for, split to the post limit when `autosplit` is; otherwise one post.
+// is asked for, then each split to the post limit when `autosplit` is.
 QStringList textsFor(const QString& text, bool thread, bool autosplit);
 
 // `thread` of an edit: a JSON array of texts.

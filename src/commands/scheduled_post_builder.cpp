@@ -4,6 +4,7 @@
 #include "commands/commands_log.h"
 #include "commands/url_scheme_error.h"
 #include "core/json.h"
+#include "core/json_values.h"
 #include "store/account_manager.h"
 
 #include <QRegularExpression>
@@ -106,12 +107,16 @@ void ScheduledPostBuilder::applyPlatforms(ScheduledPost& post, const CommandPara
 
 void ScheduledPostBuilder::applyAccounts(ScheduledPost& post, const CommandParams& params) const
 {
+    QStringList unmatched;
     applyModes(post, params);
-    applyAccountLists(post, params);
+    applyAccountLists(post, params, unmatched);
     if (const auto share = params.get(QStringLiteral("xShareWithFollowers")))
-        applyShareWithFollowers(post, *share);
+        applyShareWithFollowers(post, *share, unmatched);
     if (const auto accounts = params.get(QStringLiteral("accounts")))
-        applyAccountsSelection(post, *accounts);
+        applyAccountsSelection(post, *accounts, unmatched);
+    if (!unmatched.isEmpty())
+        throw URLSchemeError::failed(QStringLiteral("No account matches ") + unmatched.join(QStringLiteral(", "))
+                                     + QStringLiteral("; nothing was changed"));
 }
 
 void ScheduledPostBuilder::applyModes(ScheduledPost& post, const CommandParams& params) const
@@ -125,13 +130,13 @@ void ScheduledPostBuilder::applyModes(ScheduledPost& post, const CommandParams& 
     }
 }
 
-void ScheduledPostBuilder::applyAccountLists(ScheduledPost& post, const CommandParams& params) const
+void ScheduledPostBuilder::applyAccountLists(ScheduledPost& post, const CommandParams& params, QStringList& unmatched) const
 {
     for (const PlatformParam& entry : kPlatformParams) {
         const QString name = QString::fromUtf16(entry.accounts);
         if (!params.has(name))
             continue;
-        const QList<QUuid> ids = m_resolver.resolve(entry.platform, params.list(name));
+        const QList<QUuid> ids = m_resolver.resolve(entry.platform, params.list(name), &unmatched);
         if (ids.isEmpty())
             post.accountIds.remove(entry.platform);
         else
@@ -139,7 +144,7 @@ void ScheduledPostBuilder::applyAccountLists(ScheduledPost& post, const CommandP
     }
 }
 
-void ScheduledPostBuilder::applyShareWithFollowers(ScheduledPost& post, const QString& text) const
+void ScheduledPostBuilder::applyShareWithFollowers(ScheduledPost& post, const QString& text, QStringList& unmatched) const
 {
     QMap<QUuid, bool> flags;
     const QString trimmed = text.trimmed();
@@ -158,14 +163,14 @@ void ScheduledPostBuilder::applyShareWithFollowers(ScheduledPost& post, const QS
         if (separator <= 0 || (value != QStringLiteral("true") && value != QStringLiteral("false")))
             throw URLSchemeError::invalidParameter(
                 QStringLiteral("xShareWithFollowers entries must read account:true or account:false, not '") + entry + u'\'');
-        const QList<QUuid> ids = m_resolver.resolve(PlatformType::x, {entry.left(separator).trimmed()});
+        const QList<QUuid> ids = m_resolver.resolve(PlatformType::x, {entry.left(separator).trimmed()}, &unmatched);
         for (const QUuid& id : ids)
             flags.insert(id, value == QStringLiteral("true"));
     }
     post.xShareWithFollowers = flags;
 }
 
-void ScheduledPostBuilder::applyAccountsSelection(ScheduledPost& post, const QString& text) const
+void ScheduledPostBuilder::applyAccountsSelection(ScheduledPost& post, const QString& text, QStringList& unmatched) const
 {
     const QString trimmed = text.trimmed();
     if (trimmed == QStringLiteral("default") || trimmed == QStringLiteral("all")) {
@@ -174,7 +179,11 @@ void ScheduledPostBuilder::applyAccountsSelection(ScheduledPost& post, const QSt
         post.accountIds.clear();
         return;
     }
-    const Json selection = Json::parse(normaliseQuotes(trimmed).toStdString(), nullptr, false);
+    // Proper JSON first: an apostrophe inside a name ("Ada's sky") is text, not a quote.
+    // Only what does not parse gets the quotes people type turned into JSON's.
+    Json selection = JsonValues::parseOrDiscard(trimmed.toStdString());
+    if (!selection.is_object())
+        selection = JsonValues::parseOrDiscard(normaliseQuotes(trimmed).toStdString());
     if (!selection.is_object()) {
         qCWarning(lcCommands).noquote() << QStringLiteral("❌ URLSchemeHandler: Failed to parse accounts parameter as JSON");
         qCWarning(lcCommands).noquote() << QStringLiteral(R"(   - Expected JSON format: {"x":["account1"],"bluesky":["account2"]})");
@@ -201,6 +210,6 @@ void ScheduledPostBuilder::applyAccountsSelection(ScheduledPost& post, const QSt
             identifiers << QString::fromStdString(value.get<std::string>());
         }
         post.platformModes.insert(*platform, ScheduledPostingMode::specific);
-        post.accountIds.insert(*platform, m_resolver.resolve(*platform, identifiers));
+        post.accountIds.insert(*platform, m_resolver.resolve(*platform, identifiers, &unmatched));
     }
 }

@@ -24,15 +24,17 @@ public:
     void applyPlatforms(ScheduledPost& post, const CommandParams& params, bool useEnabledWhenAbsent) const;
     // `postingMode`, `xMode`, `blueskyMode`, `mastodonMode`, `xAccounts`,
     // `blueskyAccounts`, `mastodonAccounts`, `xShareWithFollowers` and `accounts`.
+    // An account identifier that matches no account fails the whole command, naming
+    // every such identifier: a platform chosen with no account would publish nowhere.
     void applyAccounts(ScheduledPost& post, const CommandParams& params) const;
 
     static QTimeZone zoneOf(const ScheduledPost& post);
 
 private:
     void applyModes(ScheduledPost& post, const CommandParams& params) const;
-    void applyAccountLists(ScheduledPost& post, const CommandParams& params) const;
-    void applyAccountsSelection(ScheduledPost& post, const QString& text) const;
-    void applyShareWithFollowers(ScheduledPost& post, const QString& text) const;
+    void applyAccountLists(ScheduledPost& post, const CommandParams& params, QStringList& unmatched) const;
+    void applyAccountsSelection(ScheduledPost& post, const QString& text, QStringList& unmatched) const;
+    void applyShareWithFollowers(ScheduledPost& post, const QString& text, QStringList& unmatched) const;
 
     const AccountManager& m_accounts;
     AccountResolver m_resolver;

@@ -7,6 +7,8 @@
 #include "commands/media_importer.h"
 #include "commands/url_scheme_error.h"
 #include "core/clock.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "events/app_events.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
@@ -163,19 +165,38 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::run(Action action, CommandParams p
     co_return CommandOutcome::failure(QStringLiteral("Unknown action"));
 }
 
-QList<Post> URLSchemeHandler::threadFrom(const CommandParams& params)
+bool URLSchemeHandler::autosplit(const CommandParams& params) const
+{
+    if (params.has(QStringLiteral("autosplit")))
+        return params.isTrue(QStringLiteral("autosplit"));
+    if (!m_preferences)
+        return true;
+    // The setting may have been changed by another process (`quillo config set`).
+    m_preferences->sync();
+    return m_preferences->boolValue(PreferenceKeys::AutoSplitEnabled).value_or(true);
+}
+
+void URLSchemeHandler::requireWindow(const QString& what) const
+{
+    if (!m_windowless.isEmpty())
+        throw URLSchemeError::failed(m_windowless + QStringLiteral(": ") + what);
+}
+
+QList<Post> URLSchemeHandler::threadFrom(const CommandParams& params) const
 {
     const QString text = params.value(QStringLiteral("text"));
     const QString thread = params.value(QStringLiteral("thread")).trimmed();
     // A thread given as a JSON array of texts spells the posts out.
     const QStringList texts = thread.startsWith(u'[')
         ? CommandThread::parseTexts(thread)
-        : CommandThread::textsFor(text, thread == QStringLiteral("true"), params.isTrue(QStringLiteral("autosplit")));
+        : CommandThread::textsFor(text, thread == QStringLiteral("true"), autosplit(params));
     QList<Post> posts;
     for (const QString& piece : texts)
         posts.append(Post::create(piece));
-    if (!posts.isEmpty())
-        posts.first().quoteContext = quoteFrom(params.value(QStringLiteral("quote")));
+    // Callers attach media and quotes to the first post: there always is one.
+    if (posts.isEmpty())
+        posts.append(Post::create(QString()));
+    posts.first().quoteContext = quoteFrom(params.value(QStringLiteral("quote")));
     return posts;
 }
 
@@ -198,6 +219,7 @@ void URLSchemeHandler::announceSaved() const
 
 QCoro::Task<CommandOutcome> URLSchemeHandler::compose(CommandParams params)
 {
+    requireWindow(QStringLiteral("the composer cannot be opened"));
     QList<Post> drafts = threadFrom(params);
     const QList<PostMedia> media = co_await mediaFrom(params);
     drafts.first().mediaItems = media;
@@ -216,6 +238,10 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::compose(CommandParams params)
 QCoro::Task<CommandOutcome> URLSchemeHandler::schedule(CommandParams params)
 {
     const bool stealth = logStealth(params);
+    // Without stealth the post goes to the scheduling sheet for review, and is stored
+    // only from there: with no window that would store nothing.
+    if (!stealth)
+        requireWindow(QStringLiteral("the scheduler cannot be opened; add stealthMode=true to store the post directly"));
     ScheduledPost post;
     post.id = QUuid::createUuid();
     post.timeZoneIdentifier = QString::fromUtf8(QTimeZone::systemTimeZoneId());
@@ -306,13 +332,22 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::editScheduled(CommandParams params
     m_builder.applyDate(post, params);
     m_builder.applyPlatforms(post, params, false);
     m_builder.applyAccounts(post, params);
-    if (params.has(QStringLiteral("media")))
-        post.content.first().mediaItems = co_await mediaFrom(params);
+    if (params.has(QStringLiteral("media"))) {
+        // A stored thread may have no post at all ("content": [] decodes): the media
+        // then start its first post.
+        QList<PostMedia> media = co_await mediaFrom(params);
+        if (post.content.isEmpty())
+            post.content.append(Post::create(QString()));
+        post.content.first().mediaItems = std::move(media);
+    }
 
     m_scheduler.addOrUpdate(post, post.id);
     announceSaved();
     if (stealth)
         co_return succeeded(QStringLiteral("Scheduled post edited in background (stealth mode)"));
+    if (!m_windowless.isEmpty())
+        co_return succeeded(QStringLiteral("Scheduled post edited (") + m_windowless.toLower()
+                            + QStringLiteral(" to review it)"));
     Q_EMIT m_events.scheduledPostEditRequested(post);
     co_return succeeded(QStringLiteral("Opened scheduler for editing post"));
 }
@@ -343,10 +378,19 @@ CommandOutcome URLSchemeHandler::deleteScheduled(const CommandParams& params)
 CommandOutcome URLSchemeHandler::openCalendar(const CommandParams& params)
 {
     QDateTime date;
-    if (const auto text = params.get(QStringLiteral("date"))) {
-        if (const auto parsed = CommandDateParser::parse(text->trimmed(), QTimeZone::systemTimeZone()))
+    if (const auto text = params.get(QStringLiteral("date")); text && !text->trimmed().isEmpty()) {
+        const QString trimmed = text->trimmed();
+        // A day alone ("2025-01-15") is what a calendar is usually asked for: its start.
+        const QDate day = QDate::fromString(trimmed, QStringLiteral("yyyy-MM-dd"));
+        if (const auto parsed = CommandDateParser::parse(trimmed, QTimeZone::systemTimeZone()))
             date = *parsed;
+        else if (day.isValid())
+            date = day.startOfDay(QTimeZone::systemTimeZone());
+        else
+            throw URLSchemeError::invalidParameter(QStringLiteral("date must be an ISO 8601 date or date and time, not '")
+                                                   + trimmed + u'\'');
     }
+    requireWindow(QStringLiteral("the calendar cannot be opened"));
     Q_EMIT m_events.calendarRequested(params.value(QStringLiteral("view")), date, params.value(QStringLiteral("status")));
     return succeeded(QStringLiteral("Opened calendar"));
 }
@@ -365,12 +409,14 @@ CommandOutcome URLSchemeHandler::settings(const CommandParams& params)
         m_accounts.setPlatformEnabled(*platform, *enabled == QStringLiteral("true"));
         return succeeded(QStringLiteral("Toggled ") + rawValue(*platform) + QStringLiteral(" platform to ") + *enabled);
     }
+    requireWindow(QStringLiteral("the settings cannot be opened"));
     Q_EMIT m_events.settingsRequested(params.value(QStringLiteral("section"), QStringLiteral("general")));
     return succeeded(QStringLiteral("Opened settings"));
 }
 
 CommandOutcome URLSchemeHandler::openLicense(const CommandParams& params)
 {
+    requireWindow(QStringLiteral("the license window cannot be opened"));
     const QString action = params.value(QStringLiteral("action"));
     Q_EMIT m_events.licenseRequested(action);
     return succeeded(QStringLiteral("Opened license (") + action + u')');

@@ -18,6 +18,7 @@ class AppEvents;
 class Clock;
 class MastodonAccountConnector;
 class MediaImporter;
+class PreferenceStore;
 class SchedulerService;
 
 // Carries out quillo:// commands: links from other applications, scripts, and every
@@ -36,6 +37,11 @@ public:
     // Where `accounts?action=add&platform=mastodon` starts the sign-in; none: the form's
     // connect button is asked to (TriggerAccountConnect).
     void setMastodonConnector(MastodonAccountConnector* connector) { m_mastodon = connector; }
+    // Where a command without `autosplit` reads "AutoSplitEnabled"; none: it splits.
+    void setPreferences(PreferenceStore* preferences) { m_preferences = preferences; }
+    // No window will show what a command opens: those commands fail with this reason
+    // ("No window in headless mode") instead of reporting what nobody sees.
+    void setWindowless(QString reason) { m_windowless = std::move(reason); }
 
     static QString expectedScheme();
     static std::optional<Action> actionForHost(const QString& host);
@@ -55,7 +61,10 @@ private:
     CommandOutcome activate();
 
     // The thread that `text`, `thread`, `autosplit` and `quote` describe.
-    static QList<Post> threadFrom(const CommandParams& params);
+    QList<Post> threadFrom(const CommandParams& params) const;
+    bool autosplit(const CommandParams& params) const;
+    // Throws when the command would only open a window and there is none.
+    void requireWindow(const QString& what) const;
     // `media`, imported into the media folder; at most one post's worth.
     QCoro::Task<QList<PostMedia>> mediaFrom(CommandParams params);
     // Logs the list change; the store saves it in the background.
@@ -68,4 +77,6 @@ private:
     const Clock& m_clock;
     ScheduledPostBuilder m_builder;
     MastodonAccountConnector* m_mastodon = nullptr;
+    PreferenceStore* m_preferences = nullptr;
+    QString m_windowless;
 };

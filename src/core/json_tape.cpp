@@ -3,6 +3,7 @@
 #include "core/utf8.h"
 
 #include "core/coding_error.h"
+#include "core/json_values.h"
 
 #include <charconv>
 #include <cmath>
@@ -172,6 +173,9 @@ void JsonTape::Parser::value()
             case '{':
             case '[': {
                 const bool isObject = *m_pos == '{';
+                // Decoders walk what they read recursively; refuse a depth no document needs.
+                if (open.size() >= size_t(JsonValues::kMaxNesting))
+                    fail("nesting too deep");
                 open.push_back(push(isObject ? Type::object : Type::array));
                 ++m_pos;
                 skipWhitespace();

@@ -10,6 +10,7 @@
 
 
 #include <string>
+#include <string_view>
 
 // Stored state writes dates as seconds since 2001-01-01 UTC; files the user exports
 // (and URL and MCP parameters) use ISO 8601 text.
@@ -29,6 +30,16 @@ std::string utf8(const QString& text);
 std::string uuidText(const QUuid& id);
 // Text of a document. Throws CodingError when a string holds invalid UTF-8.
 QByteArray dump(const Json& document, JsonLayout layout);
-// Parses a document; throws CodingError (malformedJson) on bad syntax.
+// Containers nested deeper than this are refused wherever JSON from outside is read
+// (MCP lines, the command channel, stored documents, network answers): walking, copying
+// or writing such a value recurses once per level and would exhaust the stack.
+inline constexpr int kMaxNesting = 128;
+// Whether the text opens more than maxDepth arrays or objects at once. Brackets inside
+// strings do not count; the text need not be valid JSON.
+bool nestsDeeperThan(std::string_view text, int maxDepth = kMaxNesting);
+// Parses a document; throws CodingError (malformedJson) on bad syntax or too deep nesting.
 Json parse(const QByteArray& bytes);
+// Parses a document from outside: a discarded value (is_discarded()) on bad syntax or
+// too deep nesting, never an exception.
+Json parseOrDiscard(std::string_view bytes);
 } // namespace JsonValues

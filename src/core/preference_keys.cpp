@@ -2,6 +2,9 @@
 
 #include "core/preference_store.h"
 
+#include <QDateTime>
+
+#include <cmath>
 #include <vector>
 
 namespace PreferenceKeys {
@@ -48,6 +51,88 @@ const PreferenceKey* find(const QString& name)
             return &key;
     }
     return nullptr;
+}
+
+QString typeName(PreferenceType type)
+{
+    switch (type) {
+    case PreferenceType::boolean:
+        return QStringLiteral("boolean");
+    case PreferenceType::string:
+        return QStringLiteral("text");
+    case PreferenceType::real:
+        return QStringLiteral("number");
+    case PreferenceType::integer:
+        return QStringLiteral("integer");
+    case PreferenceType::data:
+        return QStringLiteral("document");
+    case PreferenceType::date:
+        return QStringLiteral("date");
+    case PreferenceType::stringList:
+        return QStringLiteral("list");
+    }
+    return {};
+}
+
+ParsedValue parseValue(const PreferenceKey& key, const QString& text)
+{
+    const QString name = QString(key.name);
+    const auto refuse = [&name](const QString& expected, const QString& given) {
+        return ParsedValue{{}, QStringLiteral("%1 takes %2, not '%3'").arg(name, expected, given)};
+    };
+    switch (key.type) {
+    case PreferenceType::boolean:
+        if (text == QLatin1String("true") || text == QLatin1String("false"))
+            return {text == QLatin1String("true"), {}};
+        return refuse(QStringLiteral("true or false"), text);
+    case PreferenceType::real: {
+        bool ok = false;
+        const double number = text.trimmed().toDouble(&ok);
+        if (!ok || !std::isfinite(number))
+            return refuse(QStringLiteral("a number"), text);
+        return {number, {}};
+    }
+    case PreferenceType::integer: {
+        bool ok = false;
+        const qlonglong number = text.trimmed().toLongLong(&ok);
+        if (!ok)
+            return refuse(QStringLiteral("an integer"), text);
+        return {number, {}};
+    }
+    case PreferenceType::string:
+        return {text, {}};
+    case PreferenceType::date: {
+        const QDateTime date = QDateTime::fromString(text.trimmed(), Qt::ISODateWithMs);
+        if (!date.isValid())
+            return refuse(QStringLiteral("an ISO 8601 date and time"), text);
+        return {date, {}};
+    }
+    case PreferenceType::stringList: {
+        QStringList items;
+        for (const QString& item : text.split(u',', Qt::SkipEmptyParts)) {
+            if (!item.trimmed().isEmpty())
+                items << item.trimmed();
+        }
+        return {items, {}};
+    }
+    case PreferenceType::data:
+        break;
+    }
+    return {{}, QStringLiteral("%1 holds a document and is not set as text").arg(name)};
+}
+
+QString displayText(const PreferenceKey& key, const QVariant& value)
+{
+    switch (key.type) {
+    case PreferenceType::boolean:
+        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
+    case PreferenceType::date:
+        return value.toDateTime().toString(Qt::ISODateWithMs);
+    case PreferenceType::stringList:
+        return value.toStringList().join(u',');
+    default:
+        return value.toString();
+    }
 }
 
 void registerDefaults(PreferenceStore& store)

@@ -56,4 +56,16 @@ const PreferenceKey* find(const QString& name);
 // Writes the default of each registered key that has no stored value yet; never
 // overwrites a stored value.
 void registerDefaults(PreferenceStore& store);
+
+// The value typed text stands for under the key's type ("true"/"false", a finite
+// number, an integer, any text, an ISO 8601 date, a comma-separated list), or the
+// reason it is refused. Documents ("data") are never set as text.
+struct ParsedValue {
+    QVariant value;
+    QString error;
+};
+ParsedValue parseValue(const PreferenceKey& key, const QString& text);
+// A stored value as the text parseValue reads back.
+QString displayText(const PreferenceKey& key, const QVariant& value);
+QString typeName(PreferenceType type);
 } // namespace PreferenceKeys

@@ -4,7 +4,9 @@
 #include "core/preference_keys.h"
 
 #include <QDir>
+#include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QScopeGuard>
@@ -76,12 +78,26 @@ std::optional<QVariant> PreferenceStore::value(QAnyStringView key) const
     return m_settings->value(key);
 }
 
+std::optional<bool> PreferenceStore::strictBool(const QVariant& stored)
+{
+    if (stored.typeId() == QMetaType::Bool)
+        return stored.toBool();
+    // The INI holds text, and QVariant::toBool reads "no", "off" and "yes" alike as true:
+    // only the two words QSettings writes count, anything else is no value.
+    const QString text = stored.toString().trimmed();
+    if (text == QLatin1String("true"))
+        return true;
+    if (text == QLatin1String("false"))
+        return false;
+    return std::nullopt;
+}
+
 std::optional<bool> PreferenceStore::boolValue(QAnyStringView key) const
 {
     const auto stored = value(key);
     if (!stored)
         return std::nullopt;
-    return stored->toBool();
+    return strictBool(*stored);
 }
 
 std::optional<QString> PreferenceStore::stringValue(QAnyStringView key) const
@@ -132,9 +148,13 @@ bool PreferenceStore::contains(QAnyStringView key) const
 
 QVariant PreferenceStore::valueOrDefault(QAnyStringView key) const
 {
-    if (auto stored = value(key))
-        return *stored;
     const PreferenceKey* known = PreferenceKeys::find(key.toString());
+    if (auto stored = value(key)) {
+        if (!known || known->type != PreferenceType::boolean)
+            return *stored;
+        if (const auto flag = strictBool(*stored))
+            return *flag;
+    }
     return known ? known->defaultValue : QVariant();
 }
 
@@ -223,6 +243,30 @@ bool PreferenceStore::removeData(const QString& key)
         return false;
     QFile file(dataPath(key));
     return !file.exists() || file.remove();
+}
+
+QString PreferenceStore::keepUnreadableCopy(const QString& key)
+{
+    if (!isSafeDataKey(key))
+        return {};
+    const QString path = dataPath(key);
+    const QFileInfo info(path);
+    if (!info.exists())
+        return {};
+    // The document's own time, not the clock's: a second attempt for the same document
+    // finds its copy already there.
+    const QString copy = path + QStringLiteral(".unreadable-")
+        + info.lastModified().toUTC().toString(QStringLiteral("yyyyMMdd'T'HHmmss'Z'"));
+    if (QFileInfo::exists(copy))
+        return copy;
+    // A second name for the same file: the save that follows renames a new file over
+    // the old name and leaves this one holding the old bytes, user-only as they were.
+    if (::link(QFile::encodeName(path).constData(), QFile::encodeName(copy).constData()) == 0)
+        return copy;
+    if (!QFile::copy(path, copy))
+        return {};
+    QFile::setPermissions(copy, kPrivateFile);
+    return copy;
 }
 
 void PreferenceStore::sync()

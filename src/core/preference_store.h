@@ -28,14 +28,18 @@ public:
 
     // No value when nothing is stored under the key: callers decide the default.
     std::optional<QVariant> value(QAnyStringView key) const;
+    // Only a stored Boolean or the text "true" or "false" is a Boolean; any other text
+    // reads as no value, so the caller's default applies.
     std::optional<bool> boolValue(QAnyStringView key) const;
+    static std::optional<bool> strictBool(const QVariant& stored);
     std::optional<QString> stringValue(QAnyStringView key) const;
     std::optional<double> doubleValue(QAnyStringView key) const;
     std::optional<qint64> intValue(QAnyStringView key) const;
     std::optional<QStringList> stringListValue(QAnyStringView key) const;
     bool contains(QAnyStringView key) const;
 
-    // The stored value, or the default of the key table when none is stored.
+    // The stored value, or the default of the key table when none is stored (or, for a
+    // Boolean key, when the stored text is not a Boolean).
     QVariant valueOrDefault(QAnyStringView key) const;
 
     void setValue(QAnyStringView key, const QVariant& value);
@@ -53,6 +57,11 @@ public:
     // throws) to abandon the write; the previous document then stays as it was.
     bool writeData(const QString& key, const std::function<bool(QIODevice&)>& write);
     bool removeData(const QString& key);
+    // Keeps the stored document beside itself as "<key>.json.unreadable-<its modification
+    // time, UTC>", for a document that could not be decoded and is about to be replaced:
+    // nothing the user had is lost. Returns the copy's path, empty when there is nothing
+    // to keep or no copy could be made.
+    QString keepUnreadableCopy(const QString& key);
     QString dataPath(const QString& key) const;
 
     // Writes pending changes and picks up what another process stored meanwhile.

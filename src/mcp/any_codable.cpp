@@ -1,5 +1,7 @@
 #include "mcp/any_codable.h"
 
+#include "core/json_values.h"
+
 #include <cmath>
 #include <limits>
 
@@ -15,11 +17,14 @@ bool holdsWholeInt64(double number)
 
 AnyCodable AnyCodable::decode(const Json& value)
 {
-    return AnyCodable(normalise(value));
+    return AnyCodable(normalise(value, 0));
 }
 
-Json AnyCodable::normalise(const Json& value)
+Json AnyCodable::normalise(const Json& value, int depth)
 {
+    // One call per level: a value built elsewhere gets the same bound as a parsed line.
+    if (depth > JsonValues::kMaxNesting)
+        throw DecodingError("The data is nested deeper than " + std::to_string(JsonValues::kMaxNesting) + " levels.");
     switch (value.type()) {
     case Json::value_t::null:
     case Json::value_t::boolean:
@@ -37,13 +42,13 @@ Json AnyCodable::normalise(const Json& value)
     case Json::value_t::array: {
         Json array = Json::array();
         for (const Json& element : value)
-            array.push_back(normalise(element));
+            array.push_back(normalise(element, depth + 1));
         return array;
     }
     case Json::value_t::object: {
         Json object = Json::object();
         for (const auto& [key, element] : value.items())
-            object[key] = normalise(element);
+            object[key] = normalise(element, depth + 1);
         return object;
     }
     case Json::value_t::binary:

@@ -28,7 +28,7 @@ private:
         : m_value(std::move(value))
     {
     }
-    static Json normalise(const Json& value);
+    static Json normalise(const Json& value, int depth);
 
     Json m_value;
 };

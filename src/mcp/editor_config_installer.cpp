@@ -1,12 +1,12 @@
 #include "mcp/editor_config_installer.h"
 
 #include "core/clock.h"
+#include "core/json_values.h"
 #include "core/preference_store.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSaveFile>
 
 namespace {
@@ -19,24 +19,63 @@ QString toQString(const std::string& text)
     return QString::fromStdString(text);
 }
 
-// Editors allow comments in their JSON; the reader does not. Whole-line comments and
-// block comments are removed first; as a last resort the reader skips comments itself.
+// Editors' JSON may hold comments and trailing commas. This removes both and keeps
+// everything inside strings exactly as written ("src/**/*.tmp" is a glob, not a comment).
+std::string plainJson(std::string_view text)
+{
+    std::string out;
+    out.reserve(text.size());
+    size_t pendingComma = std::string::npos; // where a comma waits for the next token
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '"') {
+            const size_t start = i;
+            for (++i; i < text.size() && text[i] != '"'; ++i) {
+                if (text[i] == '\\')
+                    ++i;
+            }
+            pendingComma = std::string::npos;
+            out.append(text.substr(start, i - start + 1));
+            continue;
+        }
+        if (c == '/' && i + 1 < text.size() && text[i + 1] == '/') {
+            while (i < text.size() && text[i] != '\n')
+                ++i;
+            out += '\n';
+            continue;
+        }
+        if (c == '/' && i + 1 < text.size() && text[i + 1] == '*') {
+            const size_t end = text.find("*/", i + 2);
+            i = end == std::string_view::npos ? text.size() : end + 1;
+            out += ' ';
+            continue;
+        }
+        if (c == ',') {
+            pendingComma = out.size();
+        } else if ((c == '}' || c == ']') && pendingComma != std::string::npos) {
+            out[pendingComma] = ' '; // a trailing comma
+            pendingComma = std::string::npos;
+        } else if (c != ' ' && c != '\t' && c != '\r' && c != '\n') {
+            pendingComma = std::string::npos;
+        }
+        out += c;
+    }
+    return out;
+}
+
 Json parseConfig(const QByteArray& bytes)
 {
     const std::string text = bytes.toStdString();
     if (text.find_first_not_of(" \t\r\n") == std::string::npos)
         return Json::object();
-    if (Json::accept(text))
-        return Json::parse(text);
-
-    QString stripped = QString::fromUtf8(bytes);
-    static const QRegularExpression lineComments(QStringLiteral("(?m)^[\\t ]*//.*$"));
-    static const QRegularExpression blockComments(QStringLiteral("/\\*[^*]*\\*+(?:[^/*][^*]*\\*+)*/"));
-    stripped.remove(lineComments).remove(blockComments);
-    const std::string cleaned = stripped.toStdString();
-    if (Json::accept(cleaned))
-        return Json::parse(cleaned);
-    return Json::parse(cleaned, nullptr, true, /*ignore_comments=*/true);
+    if (JsonValues::nestsDeeperThan(text))
+        throw Json::out_of_range::create(406, "the file is nested too deeply", nullptr);
+    // nlohmann's own comment support knows strings; what it refuses (trailing commas)
+    // goes through the same string-aware clean-up.
+    Json parsed = Json::parse(text, nullptr, false, /*ignore_comments=*/true);
+    if (!parsed.is_discarded())
+        return parsed;
+    return Json::parse(plainJson(text));
 }
 
 bool writeFileAtomically(const QString& path, const QByteArray& bytes)

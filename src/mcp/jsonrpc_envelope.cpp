@@ -1,5 +1,7 @@
 #include "mcp/jsonrpc_envelope.h"
 
+#include "core/json_values.h"
+
 namespace {
 
 using DecodingError = JSONRPCEnvelope::DecodingError;
@@ -42,6 +44,19 @@ JSONRPCErrorObject decodeError(const Json& value)
     return error;
 }
 
+// The parser's description quotes the token it stopped at, which can be the whole
+// line; the answer carries only its start.
+std::string quoted(std::string_view description)
+{
+    constexpr size_t kMaxDescription = 200;
+    if (description.size() <= kMaxDescription)
+        return std::string(description);
+    size_t cut = kMaxDescription;
+    while (cut > 0 && (static_cast<unsigned char>(description[cut]) & 0xC0) == 0x80)
+        --cut; // not inside a UTF-8 sequence
+    return std::string(description.substr(0, cut)) + "…";
+}
+
 } // namespace
 
 JSONRPCEnvelope JSONRPCEnvelope::decode(std::string_view bytes)
@@ -50,11 +65,13 @@ JSONRPCEnvelope JSONRPCEnvelope::decode(std::string_view bytes)
     // valid JSON, so refuse it rather than act on the part before it.
     if (bytes.find('\0') != std::string_view::npos)
         throw DecodingError("The data is not valid JSON (it contains a NUL byte).");
+    if (JsonValues::nestsDeeperThan(bytes))
+        throw DecodingError("The data is nested deeper than " + std::to_string(JsonValues::kMaxNesting) + " levels.");
     Json root;
     try {
         root = Json::parse(bytes);
     } catch (const Json::parse_error& error) {
-        throw DecodingError(std::string("The data is not valid JSON (") + error.what() + ").");
+        throw DecodingError("The data is not valid JSON (" + quoted(error.what()) + ").");
     }
     if (!root.is_object())
         throw DecodingError(std::string("Expected a JSON object, found ") + typeName(root) + ".");

@@ -38,6 +38,11 @@ bool fitsType(const Json& value, const Json& schema)
     return true;
 }
 
+std::string articled(const std::string& noun)
+{
+    return (noun.find_first_of("aeiou") == 0 ? "an " : "a ") + noun;
+}
+
 std::string describe(const Json& schema)
 {
     if (const auto oneOf = schema.find("oneOf"); oneOf != schema.end()) {
@@ -70,7 +75,7 @@ MCPArguments::MCPArguments(const Json& arguments, const Json& inputSchema)
         if (schema == properties.end())
             continue;
         if (!fitsType(value, *schema))
-            throw MCPToolError("Invalid argument '" + key + "': expected " + describe(*schema) + ", got " + value.type_name());
+            throw TypeError(key, "'" + key + "' must be " + describe(*schema) + ", not " + articled(value.type_name()));
         m_values[key] = value;
     }
 }

@@ -12,7 +12,21 @@
 // keys are ignored, and null counts as absent.
 class MCPArguments {
 public:
-    // Throws MCPToolError for the first argument whose type does not fit the schema.
+    // An argument whose JSON type does not fit; message() reads "'thread' must be a boolean".
+    class TypeError : public MCPToolError {
+    public:
+        TypeError(std::string key, const std::string& detail)
+            : MCPToolError(detail)
+            , m_key(std::move(key))
+        {
+        }
+        const std::string& key() const { return m_key; }
+
+    private:
+        std::string m_key;
+    };
+
+    // Throws TypeError for the first argument whose type does not fit the schema.
     MCPArguments(const Json& arguments, const Json& inputSchema);
 
     bool has(const char* key) const;

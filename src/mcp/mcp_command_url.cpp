@@ -21,13 +21,30 @@ MCPCommandURL& MCPCommandURL::add(const char* key, bool value)
 
 MCPCommandURL& MCPCommandURL::add(const char* key, const std::vector<std::string>& values)
 {
-    std::string joined;
-    for (const std::string& value : values) {
-        if (!joined.empty())
-            joined += ',';
-        joined += value;
+    return addJson(key, Json(values));
+}
+
+MCPCommandURL& MCPCommandURL::addJson(const char* key, const Json& value)
+{
+    return add(key, jsonText(value));
+}
+
+std::string MCPCommandURL::jsonText(const Json& value)
+{
+    // ASCII only: the typographic quotes become unicode escapes with everything else beyond
+    // ASCII; the two ASCII ones that are no JSON quote are escaped by hand.
+    const std::string ascii = value.dump(-1, ' ', true, Json::error_handler_t::replace);
+    std::string text;
+    text.reserve(ascii.size());
+    for (const char c : ascii) {
+        if (c == '\'')
+            text += "\\u0027";
+        else if (c == '`')
+            text += "\\u0060";
+        else
+            text += c;
     }
-    return add(key, joined);
+    return text;
 }
 
 QUrl MCPCommandURL::url() const

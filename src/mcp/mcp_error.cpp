@@ -35,6 +35,11 @@ MCPError MCPError::internalError(const std::string& detail)
     return {Kind::internalError, MCPProtocol::ErrorCode::InternalError, text("Internal error: ", detail)};
 }
 
+MCPError MCPError::unreadableStore(const std::string& message)
+{
+    return {Kind::unreadableStore, MCPProtocol::ErrorCode::UnreadableStore, QString::fromStdString(message)};
+}
+
 MCPError MCPError::disabled()
 {
     return {Kind::disabled, MCPProtocol::ErrorCode::Disabled, QStringLiteral("MCP server is disabled in Quillo settings")};

@@ -9,13 +9,16 @@
 // message.
 class MCPError : public QuilloError {
 public:
-    enum class Kind { invalidRequest, methodNotFound, internalError, disabled };
+    enum class Kind { invalidRequest, methodNotFound, internalError, disabled, unreadableStore };
 
     // Invalid params unless the request could not even be parsed.
     static MCPError invalidRequest(const std::string& detail, int64_t code = kInvalidParamsCode);
     static MCPError methodNotFound(const std::string& detail);
     static MCPError internalError(const std::string& detail);
     static MCPError disabled();
+    // A stored document the request needs cannot be read; the message says so plainly,
+    // as the tools' answers do.
+    static MCPError unreadableStore(const std::string& message);
 
     Kind kind() const { return m_kind; }
     int64_t code() const { return m_code; }

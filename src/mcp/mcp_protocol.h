@@ -24,6 +24,8 @@ inline constexpr int MethodNotFound = -32601;
 inline constexpr int InvalidParams = -32602;
 inline constexpr int InternalError = -32603;
 inline constexpr int Disabled = 1000;
+// In JSON-RPC's range for server-defined errors: the request was fine, the stored data is not.
+inline constexpr int UnreadableStore = -32000;
 } // namespace ErrorCode
 
 namespace ResourceURI {

@@ -6,6 +6,7 @@
 #include "mcp/mcp_error.h"
 #include "mcp/mcp_protocol.h"
 #include "mcp/mcp_resource.h"
+#include "mcp/mcp_tool_error.h"
 #include "mcp/mcp_tool_provider.h"
 
 #include <algorithm>
@@ -167,7 +168,13 @@ Json MCPServer::readResource(const Json& params)
     if (*uri != ResourceURI::Accounts && *uri != ResourceURI::Scheduled)
         throw MCPError::invalidRequest("Unknown uri: " + *uri);
 
-    const std::string text = dump(m_tools.resourceContent(*uri));
+    Json content;
+    try {
+        content = m_tools.resourceContent(*uri);
+    } catch (const MCPToolError& unreadable) {
+        throw MCPError::unreadableStore(unreadable.message().toStdString());
+    }
+    const std::string text = dump(content);
     return {{"contents", Json::array({{{"uri", *uri}, {"mimeType", "application/json"}, {"text", text}}})}};
 }
 

@@ -1,10 +1,12 @@
 #include "mcp/mcp_state_reader.h"
 
 #include "core/coding_error.h"
+#include "core/json_values.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "mcp/mcp_tool_error.h"
 
+#include <QDebug>
 #include <QFile>
 
 #include <stdexcept>
@@ -21,7 +23,9 @@ auto decodeDocument(PreferenceStore& preferences, const QString& key, const char
         preferences.readData(key, [&](const QByteArray& document) { decoded = decode(document); });
         return decoded;
     } catch (const CodingError& error) {
-        throw MCPToolError(std::string("The stored ") + what + " could not be read: " + error.message().toStdString());
+        const std::string message = std::string("The stored ") + what + " could not be read: " + error.message().toStdString();
+        qWarning().noquote() << QString::fromStdString("[MCP] " + message);
+        throw MCPToolError(message);
     }
 }
 
@@ -40,7 +44,7 @@ std::optional<DeliveryRecord> MCPStateReader::delivery(const QUuid& scheduledPos
     QFile file(m_deliveriesDir + u'/' + scheduledPostId.toString(QUuid::WithoutBraces) + QStringLiteral(".json"));
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    return DeliveryRecord::fromJson(Json::parse(file.readAll().toStdString(), nullptr, false));
+    return DeliveryRecord::fromJson(JsonValues::parseOrDiscard(file.readAll().toStdString()));
 }
 
 MCPStateReader::FileStamp MCPStateReader::stamp(const QString& path) const

@@ -23,7 +23,10 @@ int MCPStdioSession::run()
         const auto reply = m_server.handle(*message);
         if (!reply)
             continue;
-        m_transport.write(reply->bytes);
+        // The client closed our stdout: nobody is left to answer, which ends the session
+        // like the end of input does.
+        if (!m_transport.write(reply->bytes))
+            break;
         if (!m_log.enabled())
             continue;
         if (reply->errorCode)

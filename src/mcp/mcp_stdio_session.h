@@ -4,7 +4,8 @@ class MCPLog;
 class MCPServer;
 class MCPStdioTransport;
 
-// The server loop: read one line, answer it, repeat until end of input or "shutdown".
+// The server loop: read one line, answer it, repeat until end of input, "shutdown"
+// or a closed output.
 // Synchronous on the calling thread: a reply is written before the next line is read.
 class MCPStdioSession {
 public:

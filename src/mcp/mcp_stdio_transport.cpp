@@ -82,12 +82,16 @@ std::optional<std::string> MCPStdioTransport::extractLine()
     return message;
 }
 
-void MCPStdioTransport::write(std::string_view message)
+bool MCPStdioTransport::write(std::string_view message)
 {
     if (m_log.enabled())
         m_log.raw("[MCP] MCPStdio.write: sending (" + std::to_string(message.size()) + " bytes): " + std::string(message) + "\n");
-    writeLine(message);
+    if (!writeLine(message)) {
+        m_log.raw("[MCP] MCPStdio.write: output closed\n");
+        return false;
+    }
     m_log.raw("[MCP] MCPStdio.write: write completed\n");
+    return true;
 }
 
 // The message and its line feed go out as two buffers of one writev call: the bytes on

@@ -18,8 +18,8 @@ public:
     // the input has ended. Blocks until a whole line is there. A partial last line
     // without a line feed is dropped at end of input.
     std::optional<std::string> readMessage();
-    // The message, then a single line feed.
-    void write(std::string_view message);
+    // The message, then a single line feed. False when the reader has gone away.
+    bool write(std::string_view message);
 
 private:
     std::optional<std::string> extractLine();

@@ -55,6 +55,12 @@ void copyArguments(MCPCommandURL& url, const MCPArguments& args, std::initialize
     }
 }
 
+// The account was found in the stored list, but the instance no longer has it.
+bool isVanished(const MCPToolResult& result)
+{
+    return result.isError && result.text == "Account not found";
+}
+
 bool stealth(const MCPArguments& args)
 {
     // The assistant works in the background unless it asks otherwise.
@@ -70,6 +76,27 @@ Json accountEntry(const SocialAccount& account)
     entry["enabled"] = account.isEnabled;
     entry["isDefault"] = account.isDefault;
     return entry;
+}
+
+// The tool's own words for bad arguments come first, the detail after them.
+std::string typeErrorText(const std::string& tool, const MCPArguments::TypeError& error)
+{
+    static const std::map<std::string, std::string> prefixes = {
+        {"compose", "Invalid compose params"},
+        {"schedule", "Invalid schedule params"},
+        {"scheduled_edit", "Invalid edit params"},
+        {"scheduled_delete", "Invalid delete params"},
+    };
+    const std::string detail = error.message().toStdString();
+    if (tool == "settings_platform") {
+        if (error.key() == "set-enabled")
+            return "Missing 'set-enabled' parameter (must be true or false): " + detail;
+        if (error.key() == "platform")
+            return "Invalid or missing platform. Must be 'x', 'bluesky', or 'mastodon': " + detail;
+    }
+    if (const auto prefix = prefixes.find(tool); prefix != prefixes.end())
+        return prefix->second + ": " + detail;
+    return "Invalid argument " + detail;
 }
 
 } // namespace
@@ -120,6 +147,8 @@ MCPToolResult MCPToolHandlers::callTool(const std::string& name, const Json& arg
     try {
         const MCPArguments args(arguments, tool->inputSchema);
         return (this->*(handler->second))(args);
+    } catch (const MCPArguments::TypeError& error) {
+        return failure(typeErrorText(name, error));
     } catch (const QuilloError& error) {
         // Bad arguments and damaged stored state are the caller's to see, never a crash.
         return failure(error.message().toStdString());
@@ -246,8 +275,8 @@ MCPToolResult MCPToolHandlers::accountsAdd(const MCPArguments& args)
     url.add("action", std::string("add")).add("platform", platform);
     if (*type == PlatformType::mastodon)
         url.add("instance", args.string("instance").value_or(utf8(QString(kDefaultMastodonInstance))));
-    if (args.boolean("autoConnect").value_or(true))
-        url.add("autoConnect", true);
+    // Always said: the command side takes a missing key as true.
+    url.add("autoConnect", args.boolean("autoConnect").value_or(true));
     return send(url, "Triggered account add flow");
 }
 
@@ -260,9 +289,11 @@ MCPToolResult MCPToolHandlers::accountsRemove(const MCPArguments& args)
     MCPCommandURL url("accounts");
     url.add("action", std::string("remove")).add("platform", utf8(rawValue(account.platform))).add("id", uuidText(account.id));
     const MCPToolResult result = send(url, "Removed account @" + utf8(account.name));
-    if (result.isError)
-        return failure("Failed to remove account (" + result.text + ")");
-    return result;
+    if (!result.isError)
+        return result;
+    // The caller gets the fixed words; the cause is for the log.
+    m_log.line("accounts_remove failed: " + result.text);
+    return failure(isVanished(result) ? "Account not found in storage" : "Failed to remove account");
 }
 
 MCPToolResult MCPToolHandlers::accountsEdit(const MCPArguments& args)
@@ -281,7 +312,8 @@ MCPToolResult MCPToolHandlers::accountsEdit(const MCPArguments& args)
         url.add("set-nickname", *nickname);
     if (enabled)
         url.add("set-enabled", *enabled);
-    return send(url, "Updated account @" + utf8(account.name));
+    const MCPToolResult result = send(url, "Updated account @" + utf8(account.name));
+    return isVanished(result) ? failure("Account not found in storage") : result;
 }
 
 MCPToolResult MCPToolHandlers::accountsSetDefault(const MCPArguments& args)
@@ -292,7 +324,8 @@ MCPToolResult MCPToolHandlers::accountsSetDefault(const MCPArguments& args)
     const SocialAccount& account = std::get<SocialAccount>(found);
     MCPCommandURL url("accounts");
     url.add("action", std::string("set-default")).add("platform", utf8(rawValue(account.platform))).add("id", uuidText(account.id));
-    return send(url, "Set default account");
+    const MCPToolResult result = send(url, "Set default account");
+    return isVanished(result) ? failure("Account not found in storage") : result;
 }
 
 MCPToolResult MCPToolHandlers::scheduledList(const MCPArguments& args)
@@ -325,11 +358,15 @@ MCPToolResult MCPToolHandlers::scheduledEdit(const MCPArguments& args)
     copyArguments(url, args, {"text"});
     for (const char* structured : {"thread", "threadOps"}) {
         if (const Json* value = args.raw(structured))
-            url.add(structured, dump(*value));
+            url.addJson(structured, *value);
     }
     copyArguments(url, args, {"date", "timezone", "platforms", "status"});
-    if (const Json* accounts = args.raw("accounts"))
-        url.add("accounts", accounts->is_string() ? accounts->get<std::string>() : dump(*accounts));
+    if (const Json* accounts = args.raw("accounts")) {
+        if (accounts->is_string())
+            url.add("accounts", accounts->get<std::string>());
+        else
+            url.addJson("accounts", *accounts);
+    }
     copyArguments(url, args, {"autosplit", "media"});
     const bool quiet = stealth(args);
     if (quiet)

@@ -84,7 +84,9 @@ Json ScheduledPostEntry::encode(const ScheduledPost& post, const Options& option
         {"postingMode", utf8(rawValue(post.postingMode))},
         {"contentCount", post.content.size()},
     };
-    if (options.includeError && post.error)
+    // A post that failed says why; an error left from an earlier attempt of a post that
+    // has since been queued again or published is no longer true.
+    if (options.includeError && post.status == PostStatus::failed && post.error)
         entry["error"] = utf8(*post.error);
     if (options.includeAccounts) {
         entry["accountIds"] = accountIds(post);

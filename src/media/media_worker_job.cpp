@@ -1,5 +1,6 @@
 #include "media/media_worker_job.h"
 
+#include "core/json_values.h"
 #include "media/media_error.h"
 #include "media/media_log.h"
 
@@ -35,7 +36,7 @@ void MediaWorkerJob::readLines(QProcess& process, QByteArray& buffer, Json& answ
     buffer += process.readAllStandardOutput();
     qsizetype end = 0;
     while ((end = buffer.indexOf('\n')) >= 0) {
-        const Json line = Json::parse(buffer.left(end).toStdString(), nullptr, false);
+        const Json line = JsonValues::parseOrDiscard(buffer.left(end).toStdString());
         buffer.remove(0, end + 1);
         if (!line.is_object())
             continue;

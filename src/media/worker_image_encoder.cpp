@@ -1,6 +1,7 @@
 #include "media/worker_image_encoder.h"
 
 #include "core/json.h"
+#include "core/json_values.h"
 #include "media/media_error.h"
 #include "media/media_log.h"
 
@@ -20,7 +21,7 @@ constexpr std::chrono::seconds kStartTimeout{10};
 Json lastJsonLine(const QByteArray& stdoutText)
 {
     const QList<QByteArray> lines = stdoutText.trimmed().split('\n');
-    return Json::parse(lines.constLast().toStdString(), nullptr, false);
+    return JsonValues::parseOrDiscard(lines.constLast().toStdString());
 }
 
 MediaError errorFromAnswer(const Json& answer, const QString& input)

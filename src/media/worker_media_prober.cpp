@@ -1,6 +1,7 @@
 #include "media/worker_media_prober.h"
 
 #include "core/json.h"
+#include "core/json_values.h"
 #include "media/media_log.h"
 
 #include <QFileInfo>
@@ -51,5 +52,5 @@ QCoro::Task<std::optional<MediaFacts>> WorkerMediaProber::probe(QString path)
         co_return std::nullopt;
     }
     const QList<QByteArray> lines = worker.readAllStandardOutput().trimmed().split('\n');
-    co_return factsFrom(Json::parse(lines.constLast().toStdString(), nullptr, false));
+    co_return factsFrom(JsonValues::parseOrDiscard(lines.constLast().toStdString()));
 }

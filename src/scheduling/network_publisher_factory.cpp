@@ -39,7 +39,9 @@ std::unique_ptr<AccountPublisher> NetworkPublisherFactory::make(const SocialAcco
             hosts.api = *base;
             hosts.web = *base;
         }
-        return std::make_unique<XAccountPublisher>(std::make_unique<XService>(m_network, *credential, m_clock, hosts));
+        auto service = std::make_unique<XService>(m_network, *credential, m_clock, hosts);
+        service->setImageEncoder(&m_images);
+        return std::make_unique<XAccountPublisher>(std::move(service));
     }
     case PlatformType::bluesky: {
         if (account.credential(CredentialKeys::handle).isEmpty() || account.credential(CredentialKeys::appPassword).isEmpty())

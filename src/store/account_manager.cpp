@@ -5,9 +5,12 @@
 #include "model/accounts_backup.h"
 #include "store/store_log.h"
 #include "store/transfer_error.h"
+#include "store/unreadable_document.h"
 
 #include <QFile>
 #include <QSaveFile>
+
+#include <utility>
 
 namespace {
 
@@ -44,11 +47,7 @@ AccountManager::AccountManager(PreferenceStore& store, QObject* parent)
     : QObject(parent)
     , m_store(store)
 {
-    loadAccounts();
-    loadPlatforms();
-    // A fresh installation has no platform enabled.
-    if (!m_store.contains(PreferenceKeys::SocialPlatforms))
-        savePlatforms();
+    reload();
 }
 
 void AccountManager::reload()
@@ -56,18 +55,24 @@ void AccountManager::reload()
     m_store.sync();
     loadAccounts();
     loadPlatforms();
+    // A fresh installation has no platform enabled, stored as an empty list; a reload
+    // after a reset that cleared the store writes it again.
+    if (!m_store.contains(PreferenceKeys::SocialPlatforms))
+        savePlatforms();
 }
 
 void AccountManager::loadAccounts()
 {
     m_accounts.clear();
+    m_unreadable = false;
     const auto stored = m_store.data(PreferenceKeys::SocialAccounts);
     if (!stored)
         return;
     try {
         m_accounts = SocialAccount::decodeList(*stored);
     } catch (const CodingError& error) {
-        // The stored document stays as it is until the next deliberate save.
+        // The stored document stays as it is; the next save keeps a copy of it first.
+        m_unreadable = true;
         qCWarning(lcStore).noquote() << QStringLiteral("Failed to load accounts: ") + error.message();
     }
 }
@@ -85,6 +90,8 @@ void AccountManager::loadPlatforms()
 
 void AccountManager::saveAccounts()
 {
+    if (std::exchange(m_unreadable, false))
+        UnreadableDocument::keep(m_store, PreferenceKeys::SocialAccounts, QStringLiteral("accounts"));
     try {
         if (!m_store.setData(PreferenceKeys::SocialAccounts, SocialAccount::encodeList(m_accounts)))
             qCWarning(lcStore).noquote() << QStringLiteral("Failed to save accounts: the file could not be written");
@@ -345,7 +352,10 @@ void AccountManager::exportBackup(const QString& filePath) const
 {
     const QByteArray document = exportBackup();
     QSaveFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly) || file.write(document) != document.size() || !file.commit())
+    // User-only, also when it replaces a file others could read: the backup holds
+    // credentials in clear text.
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
+        || file.write(document) != document.size() || !file.commit())
         throw AccountManagerError::exportFailed(file.errorString());
 }
 

@@ -101,5 +101,8 @@ private:
     PreferenceStore& m_store;
     QList<SocialAccount> m_accounts;
     QList<PlatformType> m_enabledPlatforms;
+    // The stored accounts could not be decoded at the last load: the next save keeps a
+    // copy of them before replacing them.
+    bool m_unreadable = false;
     QMap<PlatformType, QMap<QString, QString>> m_temporaryCredentials;
 };

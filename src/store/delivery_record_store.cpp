@@ -1,5 +1,7 @@
 #include "store/delivery_record_store.h"
 
+#include "core/json_values.h"
+
 #include "store/store_log.h"
 
 #include <QDir>
@@ -24,7 +26,7 @@ std::optional<DeliveryRecord> DeliveryRecordStore::load(const QUuid& scheduledPo
     QFile file(pathOf(scheduledPostId));
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    auto record = DeliveryRecord::fromJson(Json::parse(file.readAll().toStdString(), nullptr, false));
+    auto record = DeliveryRecord::fromJson(JsonValues::parseOrDiscard(file.readAll().toStdString()));
     if (!record || record->scheduledPostId != scheduledPostId) {
         qCWarning(lcStore).noquote() << "⚠️ Cannot read the delivery record" << file.fileName() << "- left as it is";
         if (readable)

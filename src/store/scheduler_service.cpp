@@ -4,6 +4,7 @@
 #include "core/preference_store.h"
 #include "store/store_log.h"
 #include "store/transfer_error.h"
+#include "store/unreadable_document.h"
 
 #include <QFile>
 #include <QMutexLocker>
@@ -41,6 +42,7 @@ void SchedulerService::loadPosts()
 {
     m_posts.clear();
     m_encoded.reset(0);
+    m_unreadable = false;
     try {
         const bool stored = m_store.readData(PreferenceKeys::ScheduledPosts, [this](const QByteArray& document) {
             m_posts = ScheduledPost::decodeList(document);
@@ -51,9 +53,9 @@ void SchedulerService::loadPosts()
             return;
         }
     } catch (const CodingError& error) {
-        // Keep what is on disk: it is not overwritten until the next deliberate save.
+        // What is on disk stays as it is; the next save keeps a copy of it first.
+        m_unreadable = true;
         qCWarning(lcStore).noquote() << QStringLiteral("❌ Failed to decode posts: ") + error.message();
-        qCWarning(lcStore).noquote() << QStringLiteral("Error details: ") + error.path() + u' ' + error.detail();
         return;
     }
     qCInfo(lcStore).noquote() << QStringLiteral("📊 Loaded %1 scheduled posts").arg(m_posts.size());
@@ -73,6 +75,8 @@ bool SchedulerService::writeIfLatest(quint64 generation, const std::function<boo
     const QMutexLocker lock(&m_writeMutex);
     if (generation != m_generation.load())
         return false;
+    if (m_unreadable.exchange(false))
+        UnreadableDocument::keep(m_store, PreferenceKeys::ScheduledPosts, QStringLiteral("scheduled posts"));
     return m_store.writeData(PreferenceKeys::ScheduledPosts, write);
 }
 
@@ -226,7 +230,10 @@ void SchedulerService::exportToFile(const QString& filePath) const
 {
     const QByteArray document = exportDocument();
     QSaveFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly) || file.write(document) != document.size() || !file.commit())
+    // User-only, also when it replaces a file others could read: the backup holds
+    // everything the user scheduled.
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
+        || file.write(document) != document.size() || !file.commit())
         throw SchedulerServiceError::exportFailed(file.errorString());
 }
 

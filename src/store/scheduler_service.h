@@ -92,6 +92,9 @@ private:
     // generation is still the newest, under m_writeMutex, so saves never go back in time.
     std::atomic<quint64> m_generation{0};
     std::atomic<bool> m_saveFailed{false};
+    // The stored document could not be decoded at the last load: the next save keeps a
+    // copy of it before replacing it.
+    std::atomic<bool> m_unreadable{false};
     QMutex m_writeMutex;
     // Saves queued or running. Waiting on this rather than on the pool keeps its thread
     // alive between saves (QThreadPool::waitForDone ends its threads).

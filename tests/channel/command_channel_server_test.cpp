@@ -1,5 +1,6 @@
 // The server's queue, in-process: commands from several connections run one at a time,
 // in arrival order, even when a command suspends.
+#include "channel/command_channel_client.h"
 #include "channel/command_channel_protocol.h"
 #include "channel/command_channel_server.h"
 #include "support/temp_home.h"
@@ -12,6 +13,10 @@
 #include <qcoro/qcorotimer.h>
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -61,7 +66,12 @@ TEST(CommandChannelServer, RunsCommandsOneAtATimeInArrivalOrder)
 
     for (int i = 0; i < 4; ++i) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return clients[i]->canReadLine(); }, 5000));
-        const auto reply = CommandChannelProtocol::decodeReply(clients[i]->readLine().chopped(1));
+        // Keep-alives may come first.
+        std::variant<CommandOutcome, CommandChannelProtocol::KeepAlive, CommandChannelProtocol::DecodeError> reply;
+        do {
+            ASSERT_TRUE(QTest::qWaitFor([&] { return clients[i]->canReadLine(); }, 5000));
+            reply = CommandChannelProtocol::decodeReply(clients[i]->readLine().chopped(1));
+        } while (std::holds_alternative<CommandChannelProtocol::KeepAlive>(reply));
         EXPECT_EQ(std::get<CommandOutcome>(reply), CommandOutcome::success(sent[i]));
     }
 }
@@ -111,4 +121,43 @@ TEST(CommandChannelServer, SyncIsAnsweredAfterEarlierCommandsHaveSettled)
     ASSERT_TRUE(QTest::qWaitFor([&] { return sync.canReadLine(); }, 5000));
     EXPECT_EQ(std::get<CommandOutcome>(CommandChannelProtocol::decodeReply(sync.readLine().chopped(1))),
               CommandOutcome::failure(QStringLiteral("Quillo could not save the changes; see its log")));
+}
+
+// A command that outlasts the client's reply timeout, and one queued behind it: both
+// clients hear keep-alives meanwhile and get the real outcome, never "did not answer".
+TEST(CommandChannelServer, KeepAlivesHoldClientsThatWaitLongerThanTheirTimeout)
+{
+    TempHome home;
+    CommandChannelServer server(home.paths(), [](QString url) -> QCoro::Task<CommandOutcome> {
+        QTimer timer;
+        timer.start(700ms);
+        co_await timer;
+        co_return CommandOutcome::success(url);
+    });
+    server.setKeepAliveInterval(20ms);
+    ASSERT_EQ(server.start(), CommandChannelServer::StartResult::listening);
+
+    CommandChannelClient::Options options;
+    options.autoStart = false;
+    options.desktopOpener.clear();
+    std::vector<CommandOutcome> outcomes(2);
+    std::atomic<int> answered{0};
+    std::vector<std::thread> clients;
+    for (int i = 0; i < 2; ++i) {
+        clients.emplace_back([&, i] {
+            CommandChannelClient client(home.paths(), options);
+            outcomes[size_t(i)] = client.send(QStringLiteral("quillo://slow?n=%1").arg(i), 200ms);
+            ++answered;
+        });
+    }
+    // The server's replies go out from this thread's event loop: keep it running until
+    // both clients have theirs.
+    const bool bothAnswered = QTest::qWaitFor([&] { return answered == 2; }, 20000);
+    for (std::thread& client : clients)
+        client.join();
+    ASSERT_TRUE(bothAnswered);
+    for (const CommandOutcome& outcome : outcomes) {
+        EXPECT_TRUE(outcome.ok) << outcome.message.toStdString();
+        EXPECT_TRUE(outcome.message.startsWith(QStringLiteral("quillo://slow"))) << outcome.message.toStdString();
+    }
 }

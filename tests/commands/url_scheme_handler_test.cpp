@@ -2,7 +2,14 @@
 // post, `scheduled` edits and deletes, `accounts` and the platform switch.
 #include "handler_fixture.h"
 
+#include "commands/command_thread.h"
+#include "core/preference_keys.h"
+
 #include <QDateTime>
+#include <QRegularExpression>
+#include <QTimeZone>
+
+#include <random>
 
 namespace {
 
@@ -104,7 +111,7 @@ TEST_F(HandlerFixture, StealthScheduleBuildsThePostFromItsParameters)
 
     scheduler.clearAll();
     ASSERT_TRUE(send(QStringLiteral("quillo://schedule?text=a%0A%0A---%0A%0Ab&thread=true&status=draft&platforms=x,friendster,bluesky"
-                                    "&postingMode=specific&blueskyMode=allEnabled&xAccounts=@Work,home,ghost"
+                                    "&postingMode=specific&blueskyMode=allEnabled&xAccounts=@Work,home"
                                     "&xShareWithFollowers=work:true,home:false&quote=https://x.com/someone/status/42"
                                     "&stealthMode=true"))
                     .ok);
@@ -116,7 +123,7 @@ TEST_F(HandlerFixture, StealthScheduleBuildsThePostFromItsParameters)
     EXPECT_EQ(post.content[0].quoteContext->idOn(PlatformType::x), QStringLiteral("42"));
     EXPECT_EQ(post.postingMode, ScheduledPostingMode::specific);
     EXPECT_EQ(post.platformModes.value(PlatformType::bluesky), ScheduledPostingMode::allEnabled);
-    // "@Work" is the nickname with the X "@" stripped; "ghost" matches nothing.
+    // "@Work" is the nickname with the X "@" stripped.
     EXPECT_EQ(post.accountIds.value(PlatformType::x), (QList<QUuid>{work, personal}));
     EXPECT_EQ(post.xShareWithFollowers, (QMap<QUuid, bool>{{work, true}, {personal, false}}));
 }
@@ -211,4 +218,143 @@ TEST_F(HandlerFixture, AccountCommandsAndThePlatformSwitch)
     EXPECT_EQ(connects.size(), 1);
     ASSERT_EQ(prefills.size(), 1);
     EXPECT_EQ(prefills[0][0].toString(), QStringLiteral("fosstodon.org"));
+}
+
+// A stored thread may hold no post at all ("content": [] decodes). Every kind of edit of
+// such a post either applies or is refused; none ends the instance.
+TEST_F(HandlerFixture, EditsOfAThreadWithoutPostsNeverCrash)
+{
+    const QStringList edits = {
+        QStringLiteral("&media="),
+        QStringLiteral("&media=&text=x"),
+        QStringLiteral("&text=x"),
+        QStringLiteral("&text=x&autosplit=true"),
+        QStringLiteral("&thread=%5B%22a%22%5D"),
+        QStringLiteral("&threadOps=%5B%7B%22op%22:%22append%22,%22text%22:%22a%22%7D%5D"),
+        QStringLiteral("&threadOps=%5B%7B%22op%22:%22delete%22,%22index%22:0%7D%5D"),
+        QStringLiteral("&status=draft"),
+        QStringLiteral("&accounts=all&platforms=x"),
+    };
+    for (const QString& edit : edits) {
+        for (const QString& stealth : {QStringLiteral("true"), QStringLiteral("false")}) {
+            scheduler.clearAll();
+            ScheduledPost empty;
+            empty.id = QUuid::createUuid();
+            empty.scheduledDate = Timestamp::fromDateTime(utc(QStringLiteral("2030-01-01T00:00:00Z")));
+            empty.platforms = {QStringLiteral("x")};
+            const QUuid id = scheduler.addOrUpdate(empty);
+            const CommandOutcome outcome = send(QStringLiteral("quillo://scheduled?action=edit&id=")
+                                                + id.toString(QUuid::WithoutBraces) + edit
+                                                + QStringLiteral("&stealthMode=") + stealth);
+            if (outcome.ok && edit.startsWith(QStringLiteral("&media="))) {
+                EXPECT_EQ(storedOne().content.size(), 1) << edit.toStdString();
+            }
+        }
+    }
+}
+
+TEST_F(HandlerFixture, UnmatchedAccountNamesFailTheCommandAndNameThemAll)
+{
+    const QUuid apostrophe = addAccount(PlatformType::bluesky, QStringLiteral("Ada's sky"),
+                                        {{QStringLiteral("handle"), QStringLiteral("ada.bsky.social")},
+                                         {QStringLiteral("appPassword"), QStringLiteral("pw")}});
+    const QString base = QStringLiteral("quillo://schedule?text=hi&stealthMode=true&postingMode=specific");
+    EXPECT_EQ(send(base + QStringLiteral("&xAccounts=work,ghost,phantom")),
+              CommandOutcome::failure(QStringLiteral("No account matches 'ghost' (x), 'phantom' (x); nothing was changed")));
+    const QString selection = QString::fromUtf8(QUrl::toPercentEncoding(QStringLiteral(R"({"bluesky":["nobody"],"x":["work"]})")));
+    EXPECT_EQ(send(base + QStringLiteral("&accounts=") + selection),
+              CommandOutcome::failure(QStringLiteral("No account matches 'nobody' (bluesky); nothing was changed")));
+    EXPECT_TRUE(stored().isEmpty());
+
+    // Names with apostrophes, as JSON (the apostrophe escaped or not) and as a JSON list.
+    for (const QString& form : {QStringLiteral(R"({"bluesky":["Ada\u0027s sky"]})"), QStringLiteral(R"({"bluesky":["Ada's sky"]})")}) {
+        scheduler.clearAll();
+        const auto outcome = send(base + QStringLiteral("&accounts=") + QString::fromUtf8(QUrl::toPercentEncoding(form)));
+        ASSERT_TRUE(outcome.ok) << outcome.message.toStdString();
+        EXPECT_EQ(storedOne().accountIds.value(PlatformType::bluesky), QList<QUuid>{apostrophe});
+    }
+    scheduler.clearAll();
+    ASSERT_TRUE(send(base + QStringLiteral("&blueskyAccounts=") + QString::fromUtf8(QUrl::toPercentEncoding(QStringLiteral(R"(["Ada's sky"])"))))
+                    .ok);
+    EXPECT_EQ(storedOne().accountIds.value(PlatformType::bluesky), QList<QUuid>{apostrophe});
+}
+
+TEST_F(HandlerFixture, CalendarTakesADayAloneAndRefusesWhatIsNoDate)
+{
+    QSignalSpy requests(&events, &AppEvents::calendarRequested);
+    ASSERT_TRUE(send(QStringLiteral("quillo://calendar?date=2025-01-15&view=month")).ok);
+    ASSERT_EQ(requests.size(), 1);
+    EXPECT_EQ(requests[0][1].toDateTime(), QDate(2025, 1, 15).startOfDay(QTimeZone::systemTimeZone()));
+    ASSERT_TRUE(send(QStringLiteral("quillo://calendar?date=2025-01-15T10:30:00Z")).ok);
+    EXPECT_EQ(requests[1][1].toDateTime(), utc(QStringLiteral("2025-01-15T10:30:00Z")));
+    EXPECT_FALSE(send(QStringLiteral("quillo://calendar?date=2025-13-45")).ok);
+    EXPECT_EQ(requests.size(), 2);
+}
+
+TEST_F(HandlerFixture, AMissingAutosplitFollowsTheSetting)
+{
+    handler.setPreferences(&preferences);
+    const QString text = QString(799, u'a').replace(QRegularExpression(QStringLiteral("a{9}")), QStringLiteral("aaaaaaaa "));
+    const QString url = QStringLiteral("quillo://schedule?stealthMode=true&text=") + QString::fromUtf8(QUrl::toPercentEncoding(text));
+    for (const std::optional<bool> setting : {std::optional<bool>(), std::optional<bool>(true), std::optional<bool>(false)}) {
+        scheduler.clearAll();
+        if (setting)
+            preferences.setValue(PreferenceKeys::AutoSplitEnabled, *setting);
+        ASSERT_TRUE(send(url).ok);
+        const ScheduledPost post = storedOne();
+        if (setting == false) {
+            EXPECT_EQ(post.content.size(), 1);
+            continue;
+        }
+        EXPECT_GE(post.content.size(), 3);
+        for (const Post& piece : post.content)
+            EXPECT_LE(piece.text.size(), 280);
+    }
+    // Said explicitly, the command wins over the setting.
+    scheduler.clearAll();
+    ASSERT_TRUE(send(url + QStringLiteral("&autosplit=true")).ok);
+    EXPECT_GE(storedOne().content.size(), 3);
+}
+
+// Posts written as one text with "---" lines between them, in every way people type
+// the break: the posts come back as written.
+TEST(CommandThread, BreakLinesSeparateThePostsOfAThread)
+{
+    const QStringList breaks = {QStringLiteral("\n---\n"), QStringLiteral("\n\n---\n\n"), QStringLiteral("\r\n---\r\n"),
+                                QStringLiteral("\n  ---\t\n"), QStringLiteral("\n---")};
+    const QStringList words = {QStringLiteral("one"), QStringLiteral("two-three"), QStringLiteral("--"), QStringLiteral("a---b"),
+                               QStringLiteral("ü🎉"), QStringLiteral("line\nbreak")};
+    std::mt19937 engine(3);
+    for (int round = 0; round < 300; ++round) {
+        QStringList posts;
+        QString text;
+        const int count = 1 + int(engine() % 5);
+        for (int i = 0; i < count; ++i) {
+            QString post = words[qsizetype(engine() % words.size())];
+            for (int w = int(engine() % 3); w > 0; --w)
+                post += u' ' + words[qsizetype(engine() % words.size())];
+            posts << post;
+            text += (i == 0 ? QString() : breaks[qsizetype(engine() % (breaks.size() - 1))]) + post;
+        }
+        EXPECT_EQ(CommandThread::splitAtBreaks(text), posts) << text.toStdString();
+        EXPECT_EQ(CommandThread::textsFor(text, true, false), posts);
+    }
+    EXPECT_EQ(CommandThread::splitAtBreaks(QStringLiteral("---")), QStringList{QString()});
+    EXPECT_EQ(CommandThread::splitAtBreaks(QStringLiteral("a\n---")), QStringList{QStringLiteral("a")});
+}
+
+TEST_F(HandlerFixture, WithoutWindowsCommandsThatOnlyOpenOneSaySo)
+{
+    handler.setWindowless(QStringLiteral("No window in headless mode"));
+    for (const char* url : {"quillo://compose?text=hi", "quillo://schedule?text=hi", "quillo://calendar", "quillo://settings",
+                            "quillo://license?action=view"}) {
+        const CommandOutcome outcome = send(QString::fromLatin1(url));
+        EXPECT_FALSE(outcome.ok) << url;
+        EXPECT_TRUE(outcome.message.startsWith(QStringLiteral("No window in headless mode: "))) << outcome.message.toStdString();
+    }
+    EXPECT_TRUE(stored().isEmpty());
+    // What changes stored state still works.
+    EXPECT_TRUE(send(QStringLiteral("quillo://schedule?text=hi&stealthMode=true")).ok);
+    EXPECT_TRUE(send(QStringLiteral("quillo://settings?platform=mastodon&set-enabled=true")).ok);
+    EXPECT_EQ(stored().size(), 1);
 }

@@ -1,8 +1,13 @@
 #include "core/json_reader.h"
 #include "core/json_tape.h"
 #include "core/json_writer.h"
+#include "core/json_values.h"
 
 #include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -119,3 +124,60 @@ TEST(JsonReader, FindsEveryKeyAndTheLastOfARepeatedOne)
         EXPECT_FALSE(reader.optional("dddd"));
     }
 }
+
+namespace nesting {
+
+// A valid document whose deepest container sits `depth` levels down, with strings that
+// hold brackets and escaped quotes on the way, so a scanner that miscounts them shows.
+std::string documentOfDepth(int depth, std::mt19937& engine)
+{
+    static const char* strings[] = {R"("[[[")", R"("]}]")", R"("\"[")", R"("\\")", R"("{\"a\":[")"};
+    std::string text;
+    std::vector<char> closers;
+    for (int level = 0; level < depth; ++level) {
+        const bool object = engine() % 2 == 0;
+        if (engine() % 3 == 0) {
+            // A sibling string before the next container.
+            text += object ? "{\"s\":" : "[";
+            text += strings[engine() % std::size(strings)];
+            text += object ? ",\"k\":" : ",";
+        } else {
+            text += object ? "{\"k\":" : "[";
+        }
+        closers.push_back(object ? '}' : ']');
+    }
+    text += strings[engine() % std::size(strings)];
+    for (auto it = closers.rbegin(); it != closers.rend(); ++it)
+        text += *it;
+    return text;
+}
+
+TEST(JsonNesting, EveryReaderRefusesTheSameDepthAndNoneCrashes)
+{
+    std::mt19937 engine(22);
+    const int limit = JsonValues::kMaxNesting;
+    for (int round = 0; round < 400; ++round) {
+        const int depth = round < 200 ? int(engine() % 300) : limit - 3 + int(engine() % 7);
+        const std::string text = documentOfDepth(depth, engine);
+        const QByteArray bytes = QByteArray::fromStdString(text);
+        ASSERT_TRUE(Json::accept(text)) << text;
+        const bool tooDeep = depth > limit;
+        EXPECT_EQ(JsonValues::nestsDeeperThan(text), tooDeep) << depth;
+        EXPECT_EQ(JsonValues::parseOrDiscard(text).is_discarded(), tooDeep) << depth;
+        EXPECT_EQ(accepted(bytes), !tooDeep) << depth;
+        bool parsed = true;
+        try {
+            JsonValues::parse(bytes);
+        } catch (const CodingError&) {
+            parsed = false;
+        }
+        EXPECT_EQ(parsed, !tooDeep) << depth;
+    }
+    // What killed the MCP server: a 60 KB line of brackets.
+    const std::string hostile(60000, '[');
+    EXPECT_TRUE(JsonValues::nestsDeeperThan(hostile));
+    EXPECT_TRUE(JsonValues::parseOrDiscard(hostile).is_discarded());
+    EXPECT_FALSE(accepted(QByteArray::fromStdString(hostile + std::string(60000, ']'))));
+}
+
+} // namespace nesting

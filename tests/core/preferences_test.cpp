@@ -121,3 +121,44 @@ TEST(PreferenceStore, StringListsRoundTripAtEverySize)
 }
 
 } // namespace
+
+namespace strictness {
+
+// A hand-edited INI: only the two words QSettings writes are Booleans, for every
+// Boolean key and every reader; anything else falls back to the key's default.
+TEST(PreferenceStore, BooleansAreReadStrictlyFromHandEditedFiles)
+{
+    const QStringList words = {QStringLiteral("true"),  QStringLiteral("false"), QStringLiteral("no"),
+                               QStringLiteral("off"),   QStringLiteral("yes"),   QStringLiteral("on"),
+                               QStringLiteral("1"),     QStringLiteral("0"),     QStringLiteral("TRUE"),
+                               QStringLiteral("False"), QStringLiteral(""),      QStringLiteral("truex"),
+                               QStringLiteral("@Invalid()")};
+    for (const QString& word : words) {
+        TempHome home;
+        const AppPaths paths = home.paths();
+        QDir().mkpath(paths.configDir());
+        QFile ini(paths.preferencesFile());
+        ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
+        QByteArray text = "[General]\n";
+        for (const PreferenceKey& key : PreferenceKeys::all()) {
+            if (key.type == PreferenceType::boolean)
+                text += QByteArray(key.name.data(), key.name.size()) + '=' + word.toUtf8() + '\n';
+        }
+        ini.write(text);
+        ini.close();
+
+        const PreferenceStore store(paths);
+        const std::optional<bool> expected = word == QLatin1String("true")    ? std::optional<bool>(true)
+                                             : word == QLatin1String("false") ? std::optional<bool>(false)
+                                                                              : std::nullopt;
+        for (const PreferenceKey& key : PreferenceKeys::all()) {
+            if (key.type != PreferenceType::boolean)
+                continue;
+            EXPECT_EQ(store.boolValue(key.name), expected) << key.name.data() << "=" << word.toStdString();
+            EXPECT_EQ(store.valueOrDefault(key.name).toBool(), expected.value_or(key.defaultValue.toBool()))
+                << key.name.data() << "=" << word.toStdString();
+        }
+    }
+}
+
+} // namespace strictness

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+#include <vector>
+
 namespace {
 
 class EditorConfigInstallerTest : public ::testing::Test {
@@ -63,6 +67,47 @@ TEST_F(EditorConfigInstallerTest, MergesIntoACommentedZedFileTwiceKeepingEveryth
     EXPECT_EQ(merged["context_servers"]["other"]["command"], "x");
     EXPECT_EQ(merged["context_servers"]["quillo"],
               Json({{"source", "custom"}, {"command", "/opt/quillo/bin/quillo"}, {"args", {"--mcp-stdio"}}, {"env", Json::object()}}));
+}
+
+// Settings written as people write them: comments between any two tokens, trailing
+// commas, and strings that look like comments. Every value outside the server entry
+// comes back exactly as it was.
+TEST_F(EditorConfigInstallerTest, CommentsAndTrailingCommasNeverChangeTheUsersValues)
+{
+    const std::vector<std::string> strings = {"src/**/*.tmp", "// not a comment", "/* nor this */", "a,]", "*/", "\\\"//",
+                                              "http://example.com/x", "'", "", "tab\there"};
+    const std::vector<std::string> comments = {"// note\n", "/* block */", "/* multi\n line */", "// \"quoted\" // twice\n"};
+    std::mt19937 engine(4522);
+    const auto pick = [&engine](const auto& list) { return list[engine() % list.size()]; };
+    for (int round = 0; round < 60; ++round) {
+        Json expected = Json::object();
+        std::string text = pick(comments) + "{";
+        const int keys = 1 + int(engine() % 5);
+        for (int k = 0; k < keys; ++k) {
+            const std::string key = "key" + std::to_string(k);
+            Json array = Json::array();
+            std::string arrayText = "[";
+            const int items = int(engine() % 4);
+            for (int i = 0; i < items; ++i) {
+                array.push_back(pick(strings));
+                arrayText += Json(array.back()).dump() + (engine() % 2 ? " " + pick(comments) : std::string()) + ",";
+            }
+            if (items > 0 && engine() % 2 == 0)
+                arrayText.pop_back(); // no trailing comma this time
+            arrayText += "]";
+            expected[key] = array;
+            text += "\n  " + pick(comments) + Json(key).dump() + ": " + arrayText + (k + 1 < keys || engine() % 2 ? "," : "");
+        }
+        text += "\n" + pick(comments) + "}\n";
+
+        const QString path = writeFile(QStringLiteral(".config/zed/settings.json"), QByteArray::fromStdString(text));
+        const EditorInstallResult result = m_installer.install(editor("zed"));
+        ASSERT_TRUE(result.ok) << result.message.toStdString() << "\n" << text;
+        Json merged = readJson(path);
+        ASSERT_TRUE(merged.contains("context_servers")) << text;
+        merged.erase("context_servers");
+        EXPECT_EQ(merged, expected) << text;
+    }
 }
 
 TEST_F(EditorConfigInstallerTest, LeavesAnUnreadableFileUntouchedWithItsBackup)

@@ -1,10 +1,15 @@
+#include "core/json_values.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "mcp/any_codable.h"
 #include "support/quillo_process.h"
 #include "support/temp_home.h"
 
+#include <QProcess>
+
 #include <gtest/gtest.h>
+
+#include <random>
 
 // The built binary in MCP mode, spoken to over its pipes.
 namespace {
@@ -61,6 +66,65 @@ TEST(MCPProcess, SurvivesHostileInputAndAnswersInOrder)
     EXPECT_EQ(quillo.waitForExit(), 0);
     EXPECT_TRUE(quillo.allStdout().isEmpty()) << "nothing after the shutdown answer";
     EXPECT_TRUE(quillo.allStderr().isEmpty()) << "stderr stays quiet without debugging";
+}
+
+TEST(MCPProcess, DeepNestingAndHugeTokensAreAnsweredNotFatal)
+{
+    TempHome home;
+    QuilloProcess quillo(home.path());
+    quillo.start({QStringLiteral("--mcp-stdio")});
+
+    // Lines nested from a few levels to tens of thousands, in every container mix,
+    // inside params (a valid envelope otherwise) and bare.
+    std::mt19937 engine(2022);
+    for (int round = 0; round < 24; ++round) {
+        const int depth = round % 3 == 0 ? 30000 : int(engine() % 400);
+        QByteArray open;
+        QByteArray close;
+        for (int level = 0; level < depth; ++level) {
+            const bool object = engine() % 2 == 0;
+            open += object ? "{\"k\":" : "[";
+            close.prepend(object ? '}' : ']');
+        }
+        const bool wrapped = round % 2 == 0;
+        QByteArray line = open + close;
+        if (wrapped)
+            line = R"({"jsonrpc":"2.0","id":5,"method":"ping","params":{"p":)" + open + "1" + close + "}}";
+        quillo.writeLine(line);
+        const Json reply = nextReply(quillo);
+        ASSERT_TRUE(reply.is_object()) << "no answer at depth " << depth;
+        if (wrapped && depth < 120) {
+            EXPECT_EQ(reply["result"]["ok"], true) << depth;
+        } else if (depth > JsonValues::kMaxNesting) {
+            EXPECT_EQ(reply["error"]["code"], -32700) << depth;
+        }
+    }
+
+    // A 20 MB token that is not JSON: answered, quoting only its start.
+    quillo.writeLine(QByteArray(20 * 1024 * 1024, 'x'));
+    const auto answer = quillo.readLine();
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_LT(answer->size(), 1000);
+    EXPECT_EQ(Json::parse(answer->toStdString())["error"]["code"], -32700);
+
+    quillo.closeInput();
+    EXPECT_EQ(quillo.waitForExit(), 0);
+}
+
+TEST(MCPProcess, AClientThatStopsReadingEndsTheServerCleanly)
+{
+    // The reader (head) leaves after the first answer and closes the pipe for good.
+    TempHome home;
+    QProcess shell;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QUILLO_HOME"), home.path());
+    shell.setProcessEnvironment(environment);
+    const QString script = QStringLiteral(
+        "for i in $(seq 200); do echo '{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"tools/list\"}'; done"
+        " | '%1' --mcp-stdio | head -c 10 > /dev/null; echo \"${PIPESTATUS[1]}\"").arg(QStringLiteral(QUILLO_BINARY));
+    shell.start(QStringLiteral("bash"), {QStringLiteral("-c"), script});
+    ASSERT_TRUE(shell.waitForFinished(30000));
+    EXPECT_EQ(shell.readAllStandardOutput().trimmed(), "0") << "the server's exit status";
 }
 
 TEST(MCPProcess, SettingsFlippedWhileRunningTakeEffectAtTheNextCall)

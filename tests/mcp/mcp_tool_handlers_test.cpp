@@ -2,6 +2,7 @@
 #include "core/preference_store.h"
 #include "mcp/mcp_command_sender.h"
 #include "mcp/mcp_log.h"
+#include "mcp/mcp_server.h"
 #include "mcp/mcp_state_reader.h"
 #include "mcp/mcp_tool_handlers.h"
 #include "support/manual_clock.h"
@@ -10,6 +11,9 @@
 #include <QUrlQuery>
 
 #include <gtest/gtest.h>
+
+#include <map>
+#include <random>
 
 namespace {
 
@@ -101,8 +105,9 @@ TEST_F(MCPToolHandlersTest, ScheduleBuildsAStealthCommandAndReportsTheInstancesA
     ASSERT_EQ(m_sender.urls.size(), 1);
     EXPECT_EQ(m_sender.urls.last().host(), QStringLiteral("schedule"));
     EXPECT_EQ(m_sender.query("text"), QStringLiteral("a+b & c"));
-    EXPECT_EQ(m_sender.query("platforms"), QStringLiteral("x,bluesky"));
-    EXPECT_EQ(m_sender.query("xAccounts"), QStringLiteral("@me,Work"));
+    // Lists go as JSON arrays, so an item may hold a comma.
+    EXPECT_EQ(m_sender.query("platforms"), QStringLiteral(R"(["x","bluesky"])"));
+    EXPECT_EQ(m_sender.query("xAccounts"), QStringLiteral(R"(["@me","Work"])"));
     EXPECT_EQ(m_sender.query("thread"), QStringLiteral("true"));
     EXPECT_EQ(m_sender.query("stealthMode"), QStringLiteral("true"));
     EXPECT_FALSE(QUrlQuery(m_sender.urls.last()).hasQueryItem(QStringLiteral("unknownKey")));
@@ -121,22 +126,41 @@ TEST_F(MCPToolHandlersTest, ScheduleBuildsAStealthCommandAndReportsTheInstancesA
     EXPECT_EQ(refused.text, m_sender.answer.message);
 }
 
+// Every argument of every tool, given a value of each JSON type its schema does not
+// allow: refused before anything is sent, in the tool's own words first.
 TEST_F(MCPToolHandlersTest, ArgumentsOfTheWrongTypeAreNamedAndNothingIsSent)
 {
-    const std::vector<std::tuple<std::string, std::string, Json>> cases = {
-        {"schedule", "date", {{"date", 20250115}}},
-        {"schedule", "platforms", {{"platforms", {{"x", true}}}}},
-        {"scheduled_list", "limit", {{"limit", "10"}}},
-        {"scheduled_list", "status", {{"status", 3}}},
-        {"scheduled_edit", "accounts", {{"id", "A"}, {"accounts", 5}}},
-        {"settings_platform", "set-enabled", {{"platform", "x"}, {"set-enabled", "yes"}}},
-    };
-    for (const auto& [tool, key, arguments] : cases) {
-        const MCPToolResult result = call(tool, arguments);
-        EXPECT_TRUE(result.isError) << tool << arguments;
-        EXPECT_NE(result.text.find("Invalid argument '" + key + "'"), std::string::npos) << result.text;
+    const std::map<std::string, std::string> prefixes = {{"compose", "Invalid compose params: "},
+                                                         {"schedule", "Invalid schedule params: "},
+                                                         {"scheduled_edit", "Invalid edit params: "},
+                                                         {"scheduled_delete", "Invalid delete params: "}};
+    const std::vector<Json> samples = {Json("text"), Json(true), Json(7), Json(1.5), Json::array({"a"}),
+                                       Json::array({Json::object()}), Json::object({{"k", "v"}})};
+    int refusals = 0;
+    for (const MCPTool& tool : m_handlers.tools()) {
+        const Json properties = tool.inputSchema.value("properties", Json::object());
+        for (const auto& [key, schema] : properties.items()) {
+            for (const Json& sample : samples) {
+                Json arguments = {{"id", "A"}, {"platform", "x"}, {"set-enabled", true}};
+                arguments[key] = sample;
+                const qsizetype sent = m_sender.urls.size();
+                const MCPToolResult result = call(tool.name, arguments);
+                if (result.text.find("'" + key + "' must be") == std::string::npos)
+                    continue; // a value the schema allows
+                ++refusals;
+                EXPECT_TRUE(result.isError) << tool.name << arguments;
+                EXPECT_EQ(m_sender.urls.size(), sent) << tool.name << arguments;
+                const auto prefix = prefixes.find(tool.name);
+                if (prefix != prefixes.end()) {
+                    EXPECT_EQ(result.text.rfind(prefix->second, 0), 0u) << result.text;
+                } else if (tool.name == "settings_platform" && key == "set-enabled") {
+                    EXPECT_EQ(result.text.rfind("Missing 'set-enabled' parameter (must be true or false)", 0), 0u) << result.text;
+                }
+            }
+        }
     }
-    EXPECT_TRUE(m_sender.urls.isEmpty());
+    EXPECT_GT(refusals, 100);
+    EXPECT_EQ(call("schedule", {{"thread", "yes"}}).text, "Invalid schedule params: 'thread' must be a boolean, not a string");
 }
 
 TEST_F(MCPToolHandlersTest, ScheduledEditCarriesStructuredValuesAsCompactJson)
@@ -167,7 +191,7 @@ TEST_F(MCPToolHandlersTest, SettingsAndAccountAddValidateBeforeSending)
     EXPECT_EQ(m_sender.urls.last().toString(),
               QStringLiteral("quillo://accounts?action=add&platform=mastodon&instance=mastodon.social&autoConnect=true"));
     call("accounts_add", {{"platform", "x"}, {"instance", "ignored"}, {"autoConnect", false}});
-    EXPECT_EQ(m_sender.urls.last().toString(), QStringLiteral("quillo://accounts?action=add&platform=x"));
+    EXPECT_EQ(m_sender.urls.last().toString(), QStringLiteral("quillo://accounts?action=add&platform=x&autoConnect=false"));
     EXPECT_EQ(call("settings_open").text, "Opened settings");
     EXPECT_EQ(m_sender.query("section"), QStringLiteral("general"));
 }
@@ -194,8 +218,21 @@ TEST_F(MCPToolHandlersTest, AccountLookupsExplainWhatToFix)
     EXPECT_EQ(call("accounts_edit", {{"name", "@alice"}, {"setEnabled", false}}).text, "Updated account @alice");
     EXPECT_EQ(m_sender.query("set-enabled"), QStringLiteral("false"));
 
+    // The instance's reasons stay in the log; the caller gets the fixed words.
     m_sender.answer = {false, "Account not found"};
-    EXPECT_EQ(call("accounts_remove", {{"id", JsonValues::uuidText(xWork.id)}}).text, "Failed to remove account (Account not found)");
+    EXPECT_EQ(call("accounts_remove", {{"id", JsonValues::uuidText(xWork.id)}}).text, "Account not found in storage");
+    EXPECT_EQ(call("accounts_edit", {{"name", "@alice"}, {"setEnabled", true}}).text, "Account not found in storage");
+    EXPECT_EQ(call("accounts_setDefault", {{"platform", "x"}, {"name", "alice"}}).text, "Account not found in storage");
+    m_sender.answer = {false, "The file could not be written"};
+    EXPECT_EQ(call("accounts_remove", {{"id", JsonValues::uuidText(xWork.id)}}).text, "Failed to remove account");
+
+    // autoConnect reaches the instance whichever way it is set.
+    for (const bool autoConnect : {false, true}) {
+        call("accounts_add", {{"platform", "bluesky"}, {"autoConnect", autoConnect}});
+        EXPECT_EQ(m_sender.query("autoConnect"), autoConnect ? QStringLiteral("true") : QStringLiteral("false"));
+    }
+    call("accounts_add", {{"platform", "bluesky"}});
+    EXPECT_EQ(m_sender.query("autoConnect"), QStringLiteral("true"));
 }
 
 TEST_F(MCPToolHandlersTest, NoSecretLeavesThroughListsOrResources)
@@ -220,6 +257,8 @@ TEST_F(MCPToolHandlersTest, ScheduledListFiltersSortsAndPages)
     posts.append(scheduled("launch recap", 100, PostStatus::draft, {QStringLiteral("bluesky"), QStringLiteral("mastodon")}));
     posts.append(scheduled("Other", 200, PostStatus::failed, {QStringLiteral("mastodon")}));
     posts[2].error = QStringLiteral("Rate limited");
+    // An error left from an earlier attempt of a post queued again is not shown.
+    posts[0].error = QStringLiteral("Old failure");
     for (int i = 0; i < 600; ++i)
         posts.append(scheduled("filler", 1000 + i, PostStatus::published, {QStringLiteral("x")}));
     store(posts);
@@ -227,6 +266,8 @@ TEST_F(MCPToolHandlersTest, ScheduledListFiltersSortsAndPages)
     const Json launches = callJson("scheduled_list", {{"textContains", "LAUNCH"}, {"sortOrder", "desc"}});
     ASSERT_EQ(launches.size(), 2u);
     EXPECT_EQ(launches[0]["content"][0]["text"], "Launch day");
+    EXPECT_FALSE(launches[0].contains("error"));
+    EXPECT_FALSE(callJson("scheduled_list", {{"status", "failed"}, {"includeError", false}})[0].contains("error"));
     EXPECT_EQ(launches[1]["scheduledDate"], "2001-01-01T00:01:40Z");
 
     const Json failed = callJson("scheduled_list", {{"status", "failed"}, {"includeContent", false}});
@@ -248,11 +289,73 @@ TEST_F(MCPToolHandlersTest, ScheduledListFiltersSortsAndPages)
 
 TEST_F(MCPToolHandlersTest, DamagedStoredStateIsAToolErrorNotACrash)
 {
-    m_preferences.setData(PreferenceKeys::ScheduledPosts, QByteArrayLiteral("{not json"));
-    const MCPToolResult result = call("scheduled_list");
-    EXPECT_TRUE(result.isError);
-    EXPECT_NE(result.text.find("could not be read"), std::string::npos) << result.text;
-    EXPECT_EQ(m_preferences.data(PreferenceKeys::ScheduledPosts), QByteArrayLiteral("{not json")) << "left as it was";
+    m_preferences.setValue(PreferenceKeys::MCPEnabled, true);
+    MCPServer server(m_preferences, m_handlers);
+    const struct {
+        QLatin1String key;
+        const char* tool;
+        const char* uri;
+    } documents[] = {{PreferenceKeys::ScheduledPosts, "scheduled_list", "quillo:///scheduled"},
+                     {PreferenceKeys::SocialAccounts, "accounts_list", "quillo:///accounts"}};
+    const QByteArray damaged[] = {QByteArrayLiteral("{not json"), QByteArray(5000, '['), QByteArrayLiteral("[{\"id\":1}]")};
+    for (const auto& document : documents) {
+        for (const QByteArray& bytes : damaged) {
+            m_preferences.setData(document.key, bytes);
+            const MCPToolResult result = call(document.tool);
+            EXPECT_TRUE(result.isError);
+            EXPECT_NE(result.text.find("could not be read"), std::string::npos) << result.text;
+            // The resource answers with the same plain words, not as an internal error.
+            const Json request = {{"jsonrpc", "2.0"}, {"id", 1}, {"method", "resources/read"}, {"params", {{"uri", document.uri}}}};
+            const Json answer = Json::parse(server.handle(request.dump())->bytes);
+            EXPECT_EQ(answer["error"]["code"], -32000) << answer.dump();
+            EXPECT_EQ(answer["error"]["message"], result.text);
+            EXPECT_EQ(m_preferences.data(document.key), bytes) << "left as it was";
+        }
+        m_preferences.removeData(document.key);
+    }
 }
 
 } // namespace
+
+namespace quoting {
+
+// Names and paths with every quote people type and with commas: the command side reads
+// lists and selections as JSON, and turns typed quotes into JSON's only in text that is
+// not JSON. So what is sent must be JSON holding no quote character but JSON's own.
+TEST_F(MCPToolHandlersTest, NamesAndPathsWithQuotesAndCommasArriveAsSent)
+{
+    const std::vector<std::string> pieces = {"Ada", "'s", " sky", ",", "\xE2\x80\x99", "\xE2\x80\x9C", "\xE2\x80\x9D",
+                                             "`", "\xC2\xB4", "[x]", "\\", "\"", "/tmp/a", ".png"};
+    std::mt19937 engine(9);
+    const auto name = [&] {
+        std::string text;
+        for (int i = 1 + int(engine() % 4); i > 0; --i)
+            text += pieces[engine() % pieces.size()];
+        return text;
+    };
+    const auto noTypedQuotes = [](const QString& text) {
+        for (const QChar quote : {QChar(u'\''), QChar(u'\u2018'), QChar(u'\u2019'), QChar(u'\u201C'), QChar(u'\u201D'),
+                                  QChar(u'\u00B4'), QChar(u'`')}) {
+            if (text.contains(quote))
+                return false;
+        }
+        return true;
+    };
+    for (int round = 0; round < 200; ++round) {
+        const Json names = {name(), name()};
+        const Json media = {name()};
+        const Json selection = {{"bluesky", {name()}}};
+        ASSERT_FALSE(call("schedule", {{"text", "hi"}, {"blueskyAccounts", names}, {"media", media}}).isError);
+        for (const auto& [key, expected] : {std::pair{"blueskyAccounts", names}, std::pair{"media", media}}) {
+            const QString sent = m_sender.query(key);
+            EXPECT_TRUE(noTypedQuotes(sent)) << sent.toStdString();
+            EXPECT_EQ(Json::parse(sent.toStdString()), expected);
+        }
+        ASSERT_FALSE(call("scheduled_edit", {{"id", "A"}, {"accounts", selection}}).isError);
+        const QString sent = m_sender.query("accounts");
+        EXPECT_TRUE(noTypedQuotes(sent)) << sent.toStdString();
+        EXPECT_EQ(Json::parse(sent.toStdString()), selection);
+    }
+}
+
+} // namespace quoting

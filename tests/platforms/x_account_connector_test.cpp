@@ -7,6 +7,7 @@
 #include "support/coro_wait.h"
 #include "support/fake_url_opener.h"
 #include "support/fake_x_server.h"
+#include "support/log_capture.h"
 #include "support/temp_home.h"
 
 #include <QNetworkAccessManager>
@@ -83,8 +84,20 @@ TEST_F(XAccountConnectorTest, connectsThroughTheBrowserAndStoresAfterVerificatio
     // A Mastodon callback and a stale X one arrive first and are left alone.
     browserReturns({callbackUrl(QStringLiteral("code=abc")),
                     callbackUrl(QStringLiteral("oauth_token=old&oauth_verifier=x")), callbackUrl(kGoodCallback)});
+    std::optional<LogCapture> log(std::in_place);
     const SocialAccount account =
         waitForTask(connector.connect(latin(FakeXServer::kConsumerKey), latin(FakeXServer::kConsumerSecret)));
+
+    // Debug level included, no log line holds a key, secret, token, verifier or signature.
+    QStringList secrets = {latin(FakeXServer::kConsumerKey),  latin(FakeXServer::kConsumerSecret),
+                           latin(FakeXServer::kAccessToken),  latin(FakeXServer::kAccessSecret),
+                           latin(FakeXServer::kRequestToken), latin(FakeXServer::kRequestSecret),
+                           latin(FakeXServer::kVerifier)};
+    for (const auto& request : server.requests())
+        secrets << QString::fromLatin1(request.oauth.value("oauth_signature"));
+    EXPECT_FALSE(log->lines().isEmpty());
+    EXPECT_EQ(log->linesHoldingAnyOf(secrets), QStringList());
+    log.reset();
 
     EXPECT_EQ(account.platform, PlatformType::x);
     EXPECT_EQ(account.name, QStringLiteral("quillo_user"));
@@ -130,6 +143,10 @@ TEST_F(XAccountConnectorTest, failedAttemptsStoreNothing)
          QStringLiteral("Missing oauth_verifier. Maybe use allowMissingOAuthVerifier=true")},
         {"garbled request token", key, {callbackUrl(kGoodCallback)}, "/oauth/request_token", 200, "<html>oops",
          QStringLiteral("Could not get access token")},
+        {"callback not confirmed", key, {callbackUrl(kGoodCallback)}, "/oauth/request_token", 200,
+         "oauth_token=req-token&oauth_token_secret=s&oauth_callback_confirmed=false", QStringLiteral("Could not get access token")},
+        {"callback confirmation missing", key, {callbackUrl(kGoodCallback)}, "/oauth/request_token", 200,
+         "oauth_token=req-token&oauth_token_secret=s", QStringLiteral("Could not get access token")},
         {"access token without secret", key, {callbackUrl(kGoodCallback)}, "/oauth/access_token", 200,
          "oauth_token=abc", QStringLiteral("Could not get access token")},
         {"access token refused", key, {callbackUrl(kGoodCallback)}, "/oauth/access_token", 401, "denied",

@@ -1,8 +1,11 @@
 #include "platforms/x/x_service.h"
 
 #include "core/system_clock.h"
+#include "media/image_encoder.h"
+#include "platforms/x/x_image_file.h"
 #include "support/coro_wait.h"
 #include "support/fake_x_server.h"
+#include "support/log_capture.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -55,6 +58,16 @@ protected:
         return path;
     }
 
+    // The same, starting with a JPEG's marker: X gets it as it is.
+    QString makeJpeg(const QString& name, qint64 size)
+    {
+        const QString path = makeFile(name, size);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+        file.write("\xFF\xD8\xFF\xE0", 4);
+        return path;
+    }
+
     static QByteArray sha1Of(const QString& path)
     {
         QFile file(path);
@@ -103,7 +116,7 @@ protected:
 
 TEST_F(XServiceTest, postsAThreadWithAnImageAndAltText)
 {
-    const QString image = makeFile(QStringLiteral("photo.jpg"), 300000);
+    const QString image = makeJpeg(QStringLiteral("photo.jpg"), 300000);
     PostMedia media;
     media.id = QUuid::createUuid();
     media.type = MediaType::image;
@@ -224,7 +237,7 @@ TEST_F(XServiceTest, failedAltTextStillLetsTheTweetPost)
     });
     PostMedia media;
     media.type = MediaType::image;
-    media.originalPath = QUrl::fromLocalFile(makeFile(QStringLiteral("a.jpg"), 1000));
+    media.originalPath = QUrl::fromLocalFile(makeJpeg(QStringLiteral("a.jpg"), 1000));
     media.altText = QStringLiteral("alt");
     const XPostResult posted = run(service.post(QStringLiteral("with media"), {media}));
     EXPECT_FALSE(posted.id.isEmpty());
@@ -367,3 +380,137 @@ TEST_F(XServiceTest, cancellingStopsBetweenChunks)
     EXPECT_EQ(server.requestsTo("/append").size(), 1u);
     EXPECT_TRUE(server.requestsTo("/finalize").empty());
 }
+
+namespace images {
+
+// Stands in for the media worker: "encodes" into a JPEG-looking buffer of a set size.
+class FakeJpegEncoder : public ImageEncoder {
+public:
+    QCoro::Task<QByteArray> encode(ImageEncodeRequest request) override
+    {
+        requests.append(request);
+        QByteArray jpeg = output;
+        co_return jpeg;
+    }
+    QByteArray output = QByteArray("\xFF\xD8\xFF\xE0", 4) + QByteArray(5000, 'j');
+    QList<ImageEncodeRequest> requests;
+};
+
+// A GIF of `frames` 1x1 frames, each with a graphic control extension.
+QByteArray gif(int frames)
+{
+    QByteArray bytes("GIF89a\x01\x00\x01\x00\x80\x00\x00", 13);
+    bytes += QByteArray("\x00\x00\x00\xff\xff\xff", 6); // global colour table of 2
+    for (int i = 0; i < frames; ++i) {
+        bytes += QByteArray("\x21\xF9\x04\x00\x0A\x00\x00\x00", 8);
+        bytes += QByteArray("\x2C\x00\x00\x00\x00\x01\x00\x01\x00\x00", 10);
+        bytes += QByteArray("\x02\x02\x44\x01\x00", 5);
+    }
+    return bytes + ';';
+}
+
+class XImageUpload : public XServiceTest {
+protected:
+    XImageUpload() { service.setImageEncoder(&encoder); }
+
+    PostMedia imageFile(const QString& name, const QByteArray& bytes)
+    {
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        PostMedia media;
+        media.id = QUuid::createUuid();
+        media.type = MediaType::image;
+        media.originalPath = QUrl::fromLocalFile(path);
+        return media;
+    }
+    QByteArray uploadedSha1(const QString& mediaId) { return server.uploadedSha1(mediaId.toLatin1()); }
+
+    FakeJpegEncoder encoder;
+};
+
+// What goes up is what the label says: JPEG as it is, an animated GIF as a GIF, anything
+// else (PNG, a still GIF, a JPEG over 5 MB) encoded to JPEG within X's limit.
+TEST_F(XImageUpload, TheBytesMatchTheLabel)
+{
+    const QByteArray smallJpeg = QByteArray("\xFF\xD8\xFF\xE1", 4) + QByteArray(1000, 'a');
+    const QByteArray bigJpeg = QByteArray("\xFF\xD8\xFF\xE1", 4) + QByteArray(XImageFile::kMaxImageBytes, 'b');
+    const QByteArray png = QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(3000, 'p');
+    struct Case {
+        const char* name;
+        QByteArray bytes;
+        bool encoded;
+        const char* mediaType;
+        const char* category;
+    };
+    const Case cases[] = {
+        {"small.jpg", smallJpeg, false, "image/jpeg", "tweet_image"},
+        {"big.jpg", bigJpeg, true, "image/jpeg", "tweet_image"},
+        {"shot.png", png, true, "image/jpeg", "tweet_image"},
+        {"still.gif", gif(1), true, "image/jpeg", "tweet_image"},
+        {"anim.gif", gif(3), false, "image/gif", "tweet_gif"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const qsizetype before = encoder.requests.size();
+        const QString id = run(service.uploadMedia(imageFile(QString::fromLatin1(c.name), c.bytes)));
+        const QByteArray sent = c.encoded ? encoder.output : c.bytes;
+        EXPECT_EQ(uploadedSha1(id), QCryptographicHash::hash(sent, QCryptographicHash::Sha1).toHex());
+        EXPECT_EQ(bodyOf(server.requestsTo("/initialize").back()),
+                  Json({{"total_bytes", sent.size()}, {"media_type", c.mediaType}, {"media_category", c.category}}));
+        ASSERT_EQ(encoder.requests.size() - before, c.encoded ? 1 : 0);
+        if (c.encoded) {
+            EXPECT_EQ(encoder.requests.back().format, ImageFormat::jpeg);
+            EXPECT_EQ(encoder.requests.back().maxBytes, XImageFile::kMaxImageBytes);
+        }
+    }
+
+    // An encoder that cannot make a JPEG under the limit fails the upload before it starts.
+    const size_t initializes = server.requestsTo("/initialize").size();
+    encoder.output = png;
+    EXPECT_EQ(failureOf(service.uploadMedia(imageFile(QStringLiteral("again.png"), png))).kind(), XError::Kind::mediaUnreadable);
+    encoder.output = QByteArray("\xFF\xD8\xFF", 3) + QByteArray(XImageFile::kMaxImageBytes, 'x');
+    EXPECT_EQ(failureOf(service.uploadMedia(imageFile(QStringLiteral("huge.png"), png))).kind(), XError::Kind::mediaUnreadable);
+    EXPECT_EQ(server.requestsTo("/initialize").size(), initializes);
+}
+
+TEST(XImageFile, CountsGifFramesAndNeverReadsPastTheEnd)
+{
+    for (int frames = 0; frames < 5; ++frames)
+        EXPECT_EQ(XImageFile::gifFrameCount(gif(frames)), frames);
+    // Every prefix of a GIF is read without running off its end; a cut frame does not count.
+    const QByteArray whole = gif(4);
+    for (qsizetype size = 0; size <= whole.size(); ++size)
+        EXPECT_LE(XImageFile::gifFrameCount(whole.left(size)), 4);
+    EXPECT_EQ(XImageFile::classify(gif(2)), XImageFile::Kind::animatedGif);
+    EXPECT_EQ(XImageFile::classify(gif(1)), XImageFile::Kind::other);
+}
+
+TEST_F(XImageUpload, AltTextIsCutToXsLengthAndNothingSecretIsLogged)
+{
+    PostMedia media = imageFile(QStringLiteral("a.jpg"), QByteArray("\xFF\xD8\xFF\xE1", 4) + QByteArray(100, 'a'));
+    // 999 letters then an emoji: a cut must not split the emoji's two halves.
+    media.altText = QString(999, u'a') + QStringLiteral("🎉") + QString(600, u'b');
+    LogCapture log;
+    run(service.post(QStringLiteral("with alt"), {media}));
+    const Json metadata = bodyOf(server.requestsTo("/2/media/metadata").back());
+    EXPECT_EQ(QString::fromStdString(metadata["metadata"]["alt_text"]["text"].get<std::string>()), QString(999, u'a'));
+
+    QStringList secrets = {QString::fromLatin1(FakeXServer::kConsumerKey), QString::fromLatin1(FakeXServer::kConsumerSecret),
+                           QString::fromLatin1(FakeXServer::kAccessToken), QString::fromLatin1(FakeXServer::kAccessSecret)};
+    for (const auto& request : server.requests())
+        secrets << QString::fromLatin1(request.oauth.value("oauth_signature"));
+    EXPECT_EQ(log.linesHoldingAnyOf(secrets), QStringList());
+}
+
+// A publication cancelled on this client does not stop the next one through it.
+TEST_F(XServiceTest, aCancelEndsWithItsPublication)
+{
+    service.cancel();
+    EXPECT_EQ(failureOf(service.post(QStringLiteral("stopped"), {})).kind(), XError::Kind::cancelled);
+    const QList<XPostResult> posted = run(service.postThread({Post::create(QStringLiteral("next"))}));
+    EXPECT_EQ(posted.size(), 1);
+}
+
+} // namespace images

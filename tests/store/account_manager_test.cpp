@@ -5,6 +5,9 @@
 #include "support/manual_clock.h"
 #include "support/temp_home.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -135,9 +138,17 @@ TEST_F(AccountManagerTest, UndecodableStoreLoadsEmptyAndIsLeftAlone)
     EXPECT_TRUE(manager.accounts().isEmpty());
     manager.togglePlatform(PlatformType::x);
     EXPECT_EQ(store.data(PreferenceKeys::SocialAccounts), broken);
-    // The next deliberate change writes a good document.
+    // The next deliberate change writes a good document and keeps the unreadable one
+    // beside it, user-only.
     ASSERT_EQ(manager.addAccount(xAccount(QStringLiteral("k"))), std::nullopt);
     EXPECT_EQ(AccountManager(store).accounts().size(), 1);
+    const QFileInfo stored(store.dataPath(PreferenceKeys::SocialAccounts));
+    const QFileInfoList kept = stored.dir().entryInfoList({stored.fileName() + QStringLiteral(".unreadable-*")});
+    ASSERT_EQ(kept.size(), 1);
+    QFile copy(kept[0].filePath());
+    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
+    EXPECT_EQ(copy.readAll(), broken);
+    EXPECT_EQ(kept[0].permissions() & (QFile::ReadGroup | QFile::ReadOther), 0);
 }
 
 TEST_F(AccountManagerTest, BackupExportAndImport)
@@ -154,7 +165,15 @@ TEST_F(AccountManagerTest, BackupExportAndImport)
     ASSERT_EQ(manager.addAccount(blueskyAccount(QStringLiteral("ada.bsky.social"))), std::nullopt);
     manager.togglePlatform(PlatformType::bluesky);
     const QString file = home.path() + QStringLiteral("/quillo-accounts-backup.json");
+    {
+        // A file others could read is replaced by a user-only one: the backup holds
+        // credentials in clear text.
+        QFile earlier(file);
+        ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
+        earlier.setPermissions(earlier.permissions() | QFile::ReadGroup | QFile::ReadOther);
+    }
     manager.exportBackup(file);
+    EXPECT_EQ(QFileInfo(file).permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther), 0);
     const QList<SocialAccount> exported = manager.accounts();
 
     // A broken file changes nothing.

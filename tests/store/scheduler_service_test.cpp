@@ -6,6 +6,7 @@
 #include "support/temp_home.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QThreadPool>
 
@@ -89,9 +90,22 @@ TEST_F(SchedulerServiceTest, UndecodableStoreLoadsEmptyAndStaysOnDisk)
         service.waitForPendingSaves();
         EXPECT_EQ(store.data(PreferenceKeys::ScheduledPosts), bad);
     }
-    // The next deliberate change writes a good document.
+    // The next deliberate change writes a good document, and the unreadable one is kept
+    // beside it, user-only, bytes unchanged.
+    const QByteArray last = *store.data(PreferenceKeys::ScheduledPosts);
     service.addOrUpdate(draftPost(QStringLiteral("fresh")));
     EXPECT_EQ(storedPosts().size(), 1);
+    const QString path = store.dataPath(PreferenceKeys::ScheduledPosts);
+    const QFileInfoList kept = QFileInfo(path).dir().entryInfoList({QFileInfo(path).fileName() + QStringLiteral(".unreadable-*")});
+    ASSERT_EQ(kept.size(), 1);
+    QFile copy(kept[0].filePath());
+    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
+    EXPECT_EQ(copy.readAll(), last);
+    EXPECT_EQ(kept[0].permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther), 0);
+    // Later saves of the now readable document keep nothing more.
+    service.addOrUpdate(draftPost(QStringLiteral("again")));
+    service.waitForPendingSaves();
+    EXPECT_EQ(QFileInfo(path).dir().entryList({QFileInfo(path).fileName() + QStringLiteral(".unreadable-*")}).size(), 1);
 }
 
 TEST_F(SchedulerServiceTest, SyncSaveIsPrettyBackgroundSaveIsCompactNewestWins)
@@ -221,7 +235,15 @@ TEST_F(SchedulerServiceTest, ExportAndImport)
     exported[2].error = QStringLiteral("Boom");
     ASSERT_TRUE(service.savePosts(exported));
     service.loadPosts();
+    // An existing file readable by others is replaced by a user-only one: backups carry
+    // what the user scheduled.
+    {
+        QFile earlier(file);
+        ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
+        earlier.setPermissions(earlier.permissions() | QFile::ReadGroup | QFile::ReadOther);
+    }
     service.exportToFile(file);
+    EXPECT_EQ(QFileInfo(file).permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther), 0);
     QFile written(file);
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     EXPECT_TRUE(written.readAll().contains("\"scheduledDate\": \"2025-11-05T01:46:40Z\""));

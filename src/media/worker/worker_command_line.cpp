@@ -1,6 +1,7 @@
 #include "media/worker/worker_command_line.h"
 
 #include "core/app_paths.h"
+#include "core/json_values.h"
 #include "core/preference_keys.h"
 #include "core/preference_store.h"
 #include "media/silence_detector.h"
@@ -314,7 +315,7 @@ int runJob(const Parsed&)
 {
     std::string line;
     std::getline(std::cin, line);
-    const Json request = Json::parse(line, nullptr, false);
+    const Json request = JsonValues::parseOrDiscard(line);
     if (!request.is_object() || request.value("job", std::string()) != "export")
         return print({{"error", "usage"}, {"message", "expected one JSON line {\"job\": \"export\", ...}"}});
     QString error;

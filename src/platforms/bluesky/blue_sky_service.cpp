@@ -2,6 +2,7 @@
 
 #include "core/clock.h"
 #include "core/endpoints.h"
+#include "core/json_values.h"
 #include "media/image_encoder.h"
 #include "media/media_error.h"
 #include "platforms/bluesky/blue_sky_log.h"
@@ -32,7 +33,7 @@ struct LaterDeleter {
 
 std::optional<Json> parseObject(const QByteArray& body)
 {
-    Json json = Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
+    Json json = JsonValues::parseOrDiscard(std::string_view(body.constData(), size_t(body.size())));
     if (json.is_discarded() || !json.is_object())
         return std::nullopt;
     return json;

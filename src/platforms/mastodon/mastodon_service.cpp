@@ -1,5 +1,7 @@
 #include "platforms/mastodon/mastodon_service.h"
 
+#include "core/json_values.h"
+
 #include "media/image_encoder.h"
 #include "media/media_error.h"
 #include "model/social_account.h"
@@ -30,7 +32,7 @@ struct LaterDeleter {
 // Nothing when the body is not JSON at all.
 std::optional<Json> parseJson(const QByteArray& body)
 {
-    Json json = Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
+    Json json = JsonValues::parseOrDiscard(std::string_view(body.constData(), size_t(body.size())));
     if (json.is_discarded())
         return std::nullopt;
     return json;

@@ -70,7 +70,12 @@ OAuthSignature OAuthSigner::signWith(const OAuthRequestParts& request, const QBy
     for (const auto& [name, value] : std::as_const(headerParameters))
         pairs.append(percentEncode(name) + "=\"" + percentEncode(value) + '"');
     result.authorizationHeader = "OAuth " + pairs.join(", ");
-    qCDebug(lcOAuth).noquote() << "Authorization headers: " << QString::fromLatin1(result.authorizationHeader);
+    // Names only: the values are the account's key and token and a signature that
+    // stands for its secrets. None of them belongs in a log, at any level.
+    QByteArrayList names;
+    for (const auto& [name, value] : std::as_const(headerParameters))
+        names.append(name);
+    qCDebug(lcOAuth).noquote() << "Authorization headers: " << QString::fromLatin1(names.join(", "));
     return result;
 }
 

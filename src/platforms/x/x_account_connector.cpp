@@ -35,6 +35,16 @@ std::optional<std::pair<QString, QString>> parseTokenAnswer(const OAuthAnswer& a
     return std::pair{token, secret};
 }
 
+// OAuth 1.0a: a request token is only good when the server says it took our callback.
+bool callbackConfirmed(const OAuthAnswer& answer)
+{
+    for (const auto& [name, value] : OAuthSigner::decodeForm(answer.body)) {
+        if (name == "oauth_callback_confirmed")
+            return value == "true";
+    }
+    return false;
+}
+
 QString answerText(const OAuthAnswer& answer)
 {
     if (answer.status == 0)
@@ -124,7 +134,7 @@ QCoro::Task<SocialAccount> XAccountConnector::runBrowserFlow(QString apiKey, QSt
     const OAuthCredential consumer = consumerCredential(apiKey, apiSecret);
     if (consumer.consumerKey.isEmpty() || consumer.consumerSecret.isEmpty())
         throw XError(XError::Kind::missingConsumerKeys);
-    qCInfo(lcX).noquote() << QStringLiteral("Attempting to connect to X with API key ending in ") + consumer.consumerKey.right(4);
+    qCInfo(lcX).noquote() << QStringLiteral("Attempting to connect to X with the API key given");
 
     const TokenPair temporary = co_await requestToken(consumer);
     QUrl authorize = apiUrl(QStringLiteral("/oauth/authorize"));
@@ -153,6 +163,9 @@ QCoro::Task<XAccountConnector::TokenPair> XAccountConnector::requestToken(const 
     const auto pair = parseTokenAnswer(answer);
     if (!pair)
         throw XError(XError::Kind::accessTokenFailed, QStringLiteral("request token: ") + answerText(answer), answer.status);
+    if (!callbackConfirmed(answer))
+        throw XError(XError::Kind::accessTokenFailed, QStringLiteral("request token: the callback was not confirmed"),
+                     answer.status);
     co_return TokenPair{pair->first, pair->second};
 }
 

@@ -1,8 +1,13 @@
 #include "platforms/x/x_service.h"
 
 #include "core/json.h"
+#include "core/json_values.h"
+#include "media/image_encoder.h"
+#include "media/media_error.h"
+#include "platforms/x/x_image_file.h"
 #include "platforms/x/x_log.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QHttpMultiPart>
 #include <QNetworkAccessManager>
@@ -17,7 +22,7 @@ namespace {
 // Nothing when the body is not a JSON object.
 std::optional<Json> parseObject(const QByteArray& body)
 {
-    Json json = Json::parse(body.constData(), body.constData() + body.size(), nullptr, false);
+    Json json = JsonValues::parseOrDiscard(std::string_view(body.constData(), size_t(body.size())));
     if (json.is_discarded() || !json.is_object())
         return std::nullopt;
     return json;
@@ -129,7 +134,47 @@ std::optional<QDateTime> XService::rateLimitReset(const OAuthAnswer& answer)
 
 QCoro::Task<QString> XService::uploadMedia(PostMedia item, StateCallback onStateChange, XPublishState position)
 {
-    co_return co_await uploadFile(item.localFile(), item.isVideo(), std::move(onStateChange), position);
+    if (item.isVideo())
+        co_return co_await uploadFile(item.localFile(), true, std::move(onStateChange), position);
+    co_return co_await uploadImage(item.localFile(), std::move(onStateChange), position);
+}
+
+QCoro::Task<QString> XService::uploadImage(QString path, StateCallback onStateChange, XPublishState position)
+{
+    throwIfCancelled();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (") + file.errorString() + u')');
+    QByteArray bytes = file.readAll();
+    file.close();
+    const XImageFile::Kind kind = XImageFile::classify(bytes);
+    UploadKind label{"image/jpeg", "tweet_image"};
+    if (kind == XImageFile::Kind::animatedGif) {
+        if (bytes.size() > XImageFile::kMaxGifBytes)
+            throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (an animated GIF over 15 MB)"));
+        label = {"image/gif", "tweet_gif"};
+    } else if (kind != XImageFile::Kind::jpeg || bytes.size() > XImageFile::kMaxImageBytes) {
+        // The label says JPEG: the bytes must be JPEG, and small enough for X.
+        if (!m_images)
+            throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (no image encoder to convert it to JPEG)"));
+        qCInfo(lcX).noquote() << QStringLiteral("Re-encoding image as JPEG for X (%1 bytes): ").arg(bytes.size()) + path;
+        ImageEncodeRequest request;
+        request.input = path;
+        request.format = ImageFormat::jpeg;
+        request.maxBytes = XImageFile::kMaxImageBytes;
+        try {
+            bytes = co_await m_images->encode(std::move(request));
+        } catch (const MediaError& error) {
+            throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (") + error.message() + u')');
+        }
+        if (XImageFile::classify(bytes) != XImageFile::Kind::jpeg || bytes.size() > XImageFile::kMaxImageBytes)
+            throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (could not be made a JPEG under 5 MB)"));
+    }
+    if (bytes.isEmpty())
+        throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (empty file)"));
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    co_return co_await uploadDevice(buffer, bytes.size(), label, std::move(onStateChange), position);
 }
 
 QCoro::Task<XPostResult> XService::post(QString text, QList<PostMedia> mediaItems, QString replyTo, QString quoteOf,
@@ -161,6 +206,8 @@ QCoro::Task<XPostResult> XService::post(QString text, QList<PostMedia> mediaItem
 QCoro::Task<QList<XPostResult>> XService::postThread(QList<Post> thread, bool shareWithFollowers,
                                                      StateCallback onStateChange)
 {
+    // A cancel belongs to the publication it stopped, not to the next one through this client.
+    resetCancellation();
     QList<XPostResult> results;
     QString previous;
     for (const Post& item : std::as_const(thread)) {
@@ -228,24 +275,30 @@ QCoro::Task<QString> XService::uploadFile(QString path, bool isVideo, StateCallb
     const qint64 size = file.size();
     if (size <= 0)
         throw XError(XError::Kind::mediaUnreadable, path + QStringLiteral(" (empty file)"));
+    const UploadKind kind = isVideo ? UploadKind{"video/mp4", "tweet_video"} : UploadKind{"image/jpeg", "tweet_image"};
+    co_return co_await uploadDevice(file, size, kind, std::move(onStateChange), position);
+}
 
+QCoro::Task<QString> XService::uploadDevice(QIODevice& device, qint64 size, UploadKind kind, StateCallback onStateChange,
+                                            XPublishState position)
+{
     position.phase = XPublishState::Phase::uploadingMedia;
     position.fraction = 0;
     if (onStateChange)
         onStateChange(position);
-    const QString mediaId = co_await initializeUpload(size, isVideo);
-    co_await appendChunks(mediaId, file, onStateChange, position);
+    const QString mediaId = co_await initializeUpload(size, kind);
+    co_await appendChunks(mediaId, device, size, onStateChange, position);
     co_await finalizeUpload(mediaId, onStateChange, position);
     co_return mediaId;
 }
 
-QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
+QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, UploadKind kind)
 {
     throwIfCancelled();
     Json body;
     body["total_bytes"] = totalBytes;
-    body["media_type"] = isVideo ? "video/mp4" : "image/jpeg";
-    body["media_category"] = isVideo ? "tweet_video" : "tweet_image";
+    body["media_type"] = kind.mediaType;
+    body["media_category"] = kind.category;
     const OAuthAnswer answer = co_await m_client.postJson(apiUrl(QStringLiteral("/2/media/upload/initialize")), toBytes(body));
     if (!answer.isSuccess())
         throwFailure(answer, XError::Kind::apiError);
@@ -259,23 +312,30 @@ QCoro::Task<QString> XService::initializeUpload(qint64 totalBytes, bool isVideo)
     co_return id;
 }
 
-QCoro::Task<void> XService::appendChunks(const QString& mediaId, QFile& file, const StateCallback& onStateChange,
-                                         XPublishState position)
+QCoro::Task<void> XService::appendChunks(const QString& mediaId, QIODevice& device, qint64 size,
+                                         const StateCallback& onStateChange, XPublishState position)
 {
     const QUrl url = apiUrl(QStringLiteral("/2/media/upload/") + mediaId + QStringLiteral("/append"));
-    const qint64 size = file.size();
-    qint64 chunkSize = std::max(m_options.initialChunkSize, kMinimumChunkSize);
+    // The smallest chunk that still fits what is left into the segments left.
+    const auto fitting = [size](qint64 offset, int segment) {
+        const qint64 left = kMaxSegments - segment;
+        return left <= 0 ? size : (size - offset + left - 1) / left;
+    };
+    qint64 chunkSize = std::max({m_options.initialChunkSize, kMinimumChunkSize, fitting(0, 0)});
     qint64 offset = 0;
     int segment = 0;
     while (offset < size) {
         throwIfCancelled();
         const qint64 length = std::min(chunkSize, size - offset);
-        // Only this chunk is in memory: the file is read piece by piece from disk.
+        // Only this chunk is in memory: a file is read piece by piece from disk.
         QByteArray chunk;
-        if (file.seek(offset))
-            chunk = file.read(length);
-        if (chunk.size() != length)
-            throw XError(XError::Kind::mediaUnreadable, file.fileName() + u" (" + file.errorString() + u')');
+        if (device.seek(offset))
+            chunk = device.read(length);
+        if (chunk.size() != length) {
+            const auto* file = qobject_cast<const QFile*>(&device);
+            throw XError(XError::Kind::mediaUnreadable,
+                         (file ? file->fileName() : QStringLiteral("media")) + u" (" + device.errorString() + u')');
+        }
 
         auto* multipart = new QHttpMultiPart(QHttpMultiPart::FormDataType);
         QHttpPart index;
@@ -291,11 +351,11 @@ QCoro::Task<void> XService::appendChunks(const QString& mediaId, QFile& file, co
 
         const OAuthAnswer answer = co_await m_client.postMultipart(url, multipart);
         if (answer.status == 413) {
-            if (chunkSize <= kMinimumChunkSize) {
+            const qint64 smaller = std::max({chunkSize / 2, kMinimumChunkSize, fitting(offset, segment)});
+            if (smaller >= chunkSize) {
                 qCWarning(lcX) << "Payload too large for append";
                 throw XError(XError::Kind::payloadTooLarge, QStringLiteral("Payload too large for append"), 413);
             }
-            const qint64 smaller = std::max(chunkSize / 2, kMinimumChunkSize);
             qCWarning(lcX).noquote() << QStringLiteral("APPEND 413 - reducing chunk size from %1 to %2 bytes and retrying")
                                             .arg(chunkSize)
                                             .arg(smaller);
@@ -372,6 +432,13 @@ QCoro::Task<void> XService::waitForProcessing(const QString& mediaId, OAuthAnswe
 
 QCoro::Task<bool> XService::setAltText(QString mediaId, QString text)
 {
+    if (text.size() > kMaxAltTextLength) {
+        qsizetype cut = kMaxAltTextLength;
+        if (text[cut - 1].isHighSurrogate())
+            --cut; // never half a character
+        qCInfo(lcX).noquote() << QStringLiteral("Alt text cut from %1 to %2 characters for X").arg(text.size()).arg(cut);
+        text.truncate(cut);
+    }
     Json body;
     body["id"] = mediaId.toStdString();
     body["metadata"] = {{"alt_text", {{"text", text.toStdString()}}}};

@@ -15,7 +15,8 @@
 #include <functional>
 #include <optional>
 
-class QFile;
+class ImageEncoder;
+class QIODevice;
 class QNetworkAccessManager;
 
 // Where the X client sends its requests. Tests point both at 127.0.0.1.
@@ -62,6 +63,9 @@ class XService : public QObject {
 
 public:
     static constexpr qint64 kMinimumChunkSize = 256000;
+    // X's limits: appends per upload, characters of alt text.
+    static constexpr int kMaxSegments = 999;
+    static constexpr qsizetype kMaxAltTextLength = 1000;
 
     using StateCallback = std::function<void(const XPublishState&)>;
 
@@ -73,7 +77,12 @@ public:
     // "Updating X service credentials": the next request signs with these.
     void updateCredentials(OAuthCredential credential);
 
-    // Stops the running publication at the next step boundary.
+    // Re-encodes images that are not JPEG (or too large) before they are uploaded;
+    // without one such images are refused.
+    void setImageEncoder(ImageEncoder* images) { m_images = images; }
+
+    // Stops the running publication at the next step boundary; a new publication
+    // (postThread, or resetCancellation by whoever drives post()) starts afresh.
     void cancel() { m_cancelled = true; }
     void resetCancellation() { m_cancelled = false; }
     bool isCancelled() const { return m_cancelled; }
@@ -87,7 +96,8 @@ public:
     // to posts that go to a community. Throws XError; tweets already posted stay posted.
     QCoro::Task<QList<XPostResult>> postThread(QList<Post> thread, bool shareWithFollowers = false,
                                                StateCallback onStateChange = {});
-    // Uploads one media item and returns its media id. Throws XError.
+    // Uploads one media item and returns its media id: a video as it is, an animated GIF
+    // as "image/gif", any other image as JPEG within X's size limit. Throws XError.
     QCoro::Task<QString> uploadMedia(PostMedia item, StateCallback onStateChange = {}, XPublishState position = {});
 
     // POST /2/tweets. Throws XError.
@@ -96,7 +106,8 @@ public:
     // onStateChange hears uploadingMedia (with the uploaded fraction) and processingMedia.
     QCoro::Task<QString> uploadFile(QString path, bool isVideo, StateCallback onStateChange = {},
                                     XPublishState position = {});
-    // POST /2/media/metadata. Never throws: a failure is logged and returns false.
+    // POST /2/media/metadata, the text cut to X's length. Never throws: a failure is
+    // logged and returns false.
     QCoro::Task<bool> setAltText(QString mediaId, QString text);
     // GET /1.1/account/verify_credentials.json. Throws XError.
     QCoro::Task<XUser> verifyCredentials();
@@ -110,9 +121,16 @@ private:
     QUrl apiUrl(const QString& path) const;
     void throwIfCancelled() const;
     [[noreturn]] void throwFailure(const OAuthAnswer& answer, XError::Kind fallback) const;
-    QCoro::Task<QString> initializeUpload(qint64 totalBytes, bool isVideo);
-    QCoro::Task<void> appendChunks(const QString& mediaId, QFile& file, const StateCallback& onStateChange,
-                                   XPublishState position);
+    struct UploadKind {
+        const char* mediaType;
+        const char* category;
+    };
+    QCoro::Task<QString> uploadImage(QString path, StateCallback onStateChange, XPublishState position);
+    QCoro::Task<QString> uploadDevice(QIODevice& device, qint64 size, UploadKind kind, StateCallback onStateChange,
+                                      XPublishState position);
+    QCoro::Task<QString> initializeUpload(qint64 totalBytes, UploadKind kind);
+    QCoro::Task<void> appendChunks(const QString& mediaId, QIODevice& device, qint64 size,
+                                   const StateCallback& onStateChange, XPublishState position);
     QCoro::Task<void> finalizeUpload(const QString& mediaId, const StateCallback& onStateChange,
                                      XPublishState position);
     QCoro::Task<void> waitForProcessing(const QString& mediaId, OAuthAnswer answer, const StateCallback& onStateChange,
@@ -122,5 +140,6 @@ private:
     OAuthClient m_client;
     XHosts m_hosts;
     XServiceOptions m_options;
+    ImageEncoder* m_images = nullptr;
     bool m_cancelled = false;
 };
