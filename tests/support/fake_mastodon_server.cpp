@@ -1,10 +1,11 @@
 #include "support/fake_mastodon_server.h"
 
+#include "support/loopback_listener.h"
+
 #include "platforms/oauth/oauth_signer.h"
 
 #include <QUrlQuery>
 
-#include <chrono>
 #include <httplib.h>
 
 namespace {
@@ -127,22 +128,18 @@ FakeMastodonServer::FakeMastodonServer()
     const auto handler = [this](const httplib::Request& in, httplib::Response& out) { handle(in, out); };
     m_server->Get(".*", handler);
     m_server->Post(".*", handler);
-    m_port = m_server->bind_to_any_port("127.0.0.1");
-    m_thread = std::thread([this] { m_server->listen_after_bind(); });
-    // stop() is a no-op until the loop runs: a test that ends before it started would wait forever.
-    while (!m_server->is_running())
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    m_listener = std::make_unique<LoopbackListener>();
+    m_listener->start(*m_server);
 }
 
 FakeMastodonServer::~FakeMastodonServer()
 {
-    m_server->stop();
-    m_thread.join();
+    m_listener->stop();
 }
 
 QUrl FakeMastodonServer::baseUrl() const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_port));
+    return m_listener->baseUrl();
 }
 
 void FakeMastodonServer::setOverride(Override override)

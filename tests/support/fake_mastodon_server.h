@@ -13,8 +13,9 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
+
+class LoopbackListener;
 
 namespace httplib {
 class Server;
@@ -101,8 +102,7 @@ private:
     Reply postStatus(const Request& request);
 
     std::unique_ptr<httplib::Server> m_server;
-    std::thread m_thread;
-    int m_port = 0;
+    std::unique_ptr<LoopbackListener> m_listener;
 
     mutable std::mutex m_mutex;
     std::vector<Request> m_requests;

@@ -1,5 +1,7 @@
 #include "support/fake_x_server.h"
 
+#include "support/loopback_listener.h"
+
 #include "core/json.h"
 #include "platforms/oauth/oauth_signer.h"
 
@@ -7,7 +9,6 @@
 #include <QDateTime>
 #include <QMessageAuthenticationCode>
 
-#include <chrono>
 #include <httplib.h>
 
 #include <cstdlib>
@@ -70,23 +71,18 @@ FakeXServer::FakeXServer()
     m_server->Get(".*", handler);
     m_server->Post(".*", handler);
     m_server->Delete(".*", handler);
-    // The socket listens once bound, so connections made before the loop starts just wait.
-    m_port = m_server->bind_to_any_port("127.0.0.1");
-    m_thread = std::thread([this] { m_server->listen_after_bind(); });
-    // stop() is a no-op until the loop runs: a test that ends before it started would wait forever.
-    while (!m_server->is_running())
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    m_listener = std::make_unique<LoopbackListener>();
+    m_listener->start(*m_server);
 }
 
 FakeXServer::~FakeXServer()
 {
-    m_server->stop();
-    m_thread.join();
+    m_listener->stop();
 }
 
 QUrl FakeXServer::baseUrl() const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_port));
+    return m_listener->baseUrl();
 }
 
 void FakeXServer::setOverride(Override override)

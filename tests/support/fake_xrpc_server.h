@@ -13,8 +13,9 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
+
+class LoopbackListener;
 
 namespace httplib {
 class Server;
@@ -85,8 +86,7 @@ private:
     QString storePost(const Json& record);
 
     std::unique_ptr<httplib::Server> m_server;
-    std::thread m_thread;
-    int m_port = 0;
+    std::unique_ptr<LoopbackListener> m_listener;
     std::atomic<bool> m_stopping{false};
     std::atomic<qint64> m_handlerNanoseconds{0};
 
