@@ -112,18 +112,6 @@ Entities entities(QStringView text)
     return disjoint;
 }
 
-// A replacement starts and ends with characters that stand alone and may end a cluster, so
-// the text around it can be counted in pieces unless what touches it may join it.
-bool joinsNeighbours(QStringView text, const Entity& entity)
-{
-    const bool joinsBefore =
-        entity.start > 0
-        && !CodePointTable::has(Graphemes::codePointBefore(text, entity.start), CodePointTable::mayEndCluster);
-    const bool joinsAfter = entity.end < text.size()
-                            && !CodePointTable::has(Graphemes::codePointAt(text, entity.end), CodePointTable::standsAlone);
-    return joinsBefore || joinsAfter;
-}
-
 qsizetype countWithReplacements(QStringView text, const Entities& found)
 {
     QString countable;
@@ -141,16 +129,10 @@ qsizetype countWithReplacements(QStringView text, const Entities& found)
 
 qsizetype MastodonCharacterCounter::length(QStringView text)
 {
+    // Counted on the text with each entity replaced, as Mastodon does: a mark after a link
+    // joins the replacement's last character, not the link's.
     const Entities found = entities(text);
-    if (std::any_of(found.begin(), found.end(), [text](const Entity& e) { return joinsNeighbours(text, e); }))
-        return countWithReplacements(text, found);
-    qsizetype length = 0;
-    qsizetype counted = 0;
-    for (const Entity& entity : found) {
-        length += Graphemes::count(text.sliced(counted, entity.start - counted)) + entity.countedLength();
-        counted = entity.end;
-    }
-    return length + Graphemes::count(text.sliced(counted));
+    return found.isEmpty() ? Graphemes::count(text) : countWithReplacements(text, found);
 }
 
 CharacterCount MastodonCharacterCounter::count(QStringView text, qsizetype limit)
