@@ -10,6 +10,7 @@ enum class RunMode {
     desktop,    // the instance with tray icon and windows
     printMcpConfig, // --print-mcp-config EDITOR: print the editor's MCP snippet
     installMcp,     // --install-mcp EDITOR [--config PATH]: write it into the editor's file
+    text,           // count … / split …: the counters and the splitter on stdin
 };
 
 // How this process was asked to run. Decided once, before any Qt application object
