@@ -36,10 +36,11 @@ QString textOf(const Json& op)
 
 } // namespace
 
-QStringList textsFor(const QString& text, bool thread, bool autosplit)
+QStringList textsFor(const QString& text, bool thread, bool autosplit, const QList<PlatformType>& networks,
+                     qsizetype mastodonLimit)
 {
     if (autosplit) {
-        QStringList pieces = TextSplitter::split(text, kSplitLimit);
+        QStringList pieces = TextSplitter::splitFor(text, networks, mastodonLimit, kSplitLimit);
         return pieces.isEmpty() ? QStringList{text} : pieces;
     }
     if (thread)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "model/platform_type.h"
 #include "model/post.h"
+#include "text/mastodon_character_counter.h"
 
 #include <QList>
 #include <QString>
@@ -14,8 +16,11 @@ namespace CommandThread {
 inline constexpr qsizetype kSplitLimit = 280;
 
 // The post texts of one command text: cut at the user's own post breaks when `thread`
-// is asked for, split to the post limit when `autosplit` is; otherwise one post.
-QStringList textsFor(const QString& text, bool thread, bool autosplit);
+// is asked for, split when `autosplit` is; otherwise one post. A split for known networks
+// gives pieces that fit each network's counter (`mastodonLimit` for Mastodon); without
+// networks, pieces of at most kSplitLimit characters.
+QStringList textsFor(const QString& text, bool thread, bool autosplit, const QList<PlatformType>& networks = {},
+                     qsizetype mastodonLimit = MastodonCharacterCounter::DefaultLimit);
 
 // `thread` of an edit: a JSON array of texts.
 QStringList parseTexts(const QString& json);

@@ -55,7 +55,9 @@ private:
     CommandOutcome activate();
 
     // The thread that `text`, `thread`, `autosplit` and `quote` describe.
-    static QList<Post> threadFrom(const CommandParams& params);
+    // `networks`: where the thread goes, when known, so that an autosplit fits each one.
+    QList<Post> threadFrom(const CommandParams& params, const QStringList& networks) const;
+    qsizetype mastodonLimit() const;
     // `media`, imported into the media folder; at most one post's worth.
     QCoro::Task<QList<PostMedia>> mediaFrom(CommandParams params);
     // Logs the list change; the store saves it in the background.
