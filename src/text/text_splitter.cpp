@@ -79,11 +79,19 @@ QStringList TextSplitter::chunk(QStringView text, const Fits& fits)
             return fits(text.sliced(bounds.at(first), bounds.at(k) - bounds.at(first)));
         };
         // The largest end that fits, taking lengths as growing with the piece; the caller
-        // checks the cut it makes from it.
+        // checks the cut it makes from it. The step doubles until a piece does not fit, so
+        // the work stays in proportion to the piece, not to the rest of the text.
+        const qsizetype last = bounds.size() - 1;
         qsizetype low = first + 1;
-        qsizetype high = bounds.size() - 1;
-        if (fitsUpTo(high))
-            return high;
+        qsizetype high = low;
+        for (qsizetype step = 64;; step *= 2) {
+            high = std::min(low + step, last);
+            if (!fitsUpTo(high))
+                break;
+            if (high == last)
+                return last;
+            low = high;
+        }
         while (low + 1 < high) {
             const qsizetype middle = low + (high - low) / 2;
             if (fitsUpTo(middle))
