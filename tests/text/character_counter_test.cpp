@@ -90,7 +90,13 @@ TEST(XCharacterCounterTest, LinkBoundaries)
         {"country domain with a path", QStringLiteral("bit.ly/abc"), 23},
         {"version number", QStringLiteral("v1.2.3"), 6},
         {"unknown ending without scheme", QStringLiteral("file.txt"), 8},
-        {"unknown ending with scheme", QStringLiteral("https://file.txt"), 23},
+        {"unknown ending with scheme", QStringLiteral("https://file.txt"), 16},
+        {"a private name is no domain", QStringLiteral("https://intranet.corp/wiki"), 26},
+        {"newer generic domains", QStringLiteral("example.zip x.app"), 23 + 1 + 23},
+        {"a domain right after CJK text", QStringLiteral("日本語example.com/a"), 6 + 23},
+        {"underscore in a sub-domain", QStringLiteral("my_blog.example.com"), 23},
+        {"underscore in the domain name is no link", QStringLiteral("my_blog.com"), 11},
+        {"a long t.co slug", QStringLiteral("https://t.co/") + QString(80, u'a'), 23},
         {"copyright sign is text", QStringLiteral("\u00A9 2024"), 6},
         {"copyright sign as emoji", QStringLiteral("\u00A9\uFE0F"), 2},
         {"keycap", QStringLiteral("1\uFE0F\u20E3"), 2},
@@ -101,6 +107,8 @@ TEST(XCharacterCounterTest, LinkBoundaries)
         EXPECT_EQ(XCharacterCounter::weightedLength(c.text), c.expected);
     }
     EXPECT_TRUE(XCharacterCounter::count(QString(280, u'a')).fits());
+    for (const char16_t invalid : {u'\uFFFE', u'\uFEFF', u'\uFFFF', u'\u202A', u'\u202E'})
+        EXPECT_FALSE(XCharacterCounter::count(QString(QStringLiteral("short") + QChar(invalid))).fits()) << int(invalid);
     EXPECT_FALSE(XCharacterCounter::count(QString(QString(140, QChar(0x4E00)) + u'a')).fits());
 }
 
