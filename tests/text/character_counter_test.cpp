@@ -144,6 +144,13 @@ TEST(MastodonCharacterCounterTest, CountsLinksAndMentionsTheWayMastodonDoes)
         {"emoji family is one character", Family, 1},
         {"combining marks join their letter", QStringLiteral("e\u0301e\u0301"), 2},
         {"Cyrillic path", QStringLiteral("http://example.com/Русские_слова"), 23},
+        {"a path may hold any non-space character", QStringLiteral("https://example.com/日本/¿^|{} x"), 25},
+        {"sentence punctuation ends the path", QStringLiteral("https://example.com/a/b."), 24},
+        {"an unknown domain is no link", QStringLiteral("https://intranet.corp/a"), 23},
+        {"gemini and ipfs links count 23", QStringLiteral("gemini://example.org/") + QString(40, u'g') + QStringLiteral(" ipfs://") + QString(46, u'Q'), 47},
+        {"a word before a scheme is no link", QStringLiteral("xgemini://example.org/abc"), 25},
+        {"a mention followed by @ is none", QStringLiteral("@alice@example.com@x"), 20},
+        {"a mention followed by :// is none", QStringLiteral("@alice@example.com://x"), 22},
     };
     for (const LengthCase& c : cases) {
         SCOPED_TRACE(c.name);
