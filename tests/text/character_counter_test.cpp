@@ -94,6 +94,8 @@ TEST(XCharacterCounterTest, LinkBoundaries)
         {"a private name is no domain", QStringLiteral("https://intranet.corp/wiki"), 26},
         {"newer generic domains", QStringLiteral("example.zip x.app"), 23 + 1 + 23},
         {"a domain right after CJK text", QStringLiteral("日本語example.com/a"), 6 + 23},
+        {"a link right after CJK text", QStringLiteral("日本語https://example.com/a"), 6 + 23},
+        {"a scheme after a Latin letter is no link start", QStringLiteral("xhttps://example.com"), 20},
         {"underscore in a sub-domain", QStringLiteral("my_blog.example.com"), 23},
         {"underscore in the domain name is no link", QStringLiteral("my_blog.com"), 11},
         {"a long t.co slug", QStringLiteral("https://t.co/") + QString(80, u'a'), 23},

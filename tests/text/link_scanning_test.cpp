@@ -35,8 +35,13 @@ QRegularExpression linkPattern(UrlFinder::Scheme scheme)
     const QString label = QStringLiteral(R"([\p{L}\p{N}\p{M}\p{So}_\-])");
     const QString rest = QStringLiteral(R"([a-z0-9\x{00C0}-\x{024F}\x{0300}-\x{036F}\x{0400}-\x{04FF}\x{1E00}-\x{1EFF})"
                                         R"(!*';:=+,.$/%#\[\]\-\x{2013}_~&|@()?])");
-    const QString schemePart = scheme == UrlFinder::Scheme::required ? QStringLiteral("(https?://)") : QStringLiteral("(https?://)?");
-    return QRegularExpression(QStringLiteral("(?<!") + label + QStringLiteral(")") + schemePart + QStringLiteral("((?:") + label + QStringLiteral("++\\.)+") + label
+    // A scheme may follow any character but an ASCII letter or digit (matched case-sensitively:
+    // the Kelvin sign folds to k); a bare host no label character.
+    const QString noAsciiBefore = QStringLiteral("(?-i:(?<![a-zA-Z0-9]))");
+    const QString schemePart = scheme == UrlFinder::Scheme::required
+                                   ? QString(noAsciiBefore + QStringLiteral("(https?://)"))
+                                   : QString(QStringLiteral("(?:") + noAsciiBefore + QStringLiteral("(https?://)|(?<!") + label + QStringLiteral(")(?!https?://))"));
+    return QRegularExpression(schemePart + QStringLiteral("((?:") + label + QStringLiteral("++\\.)+") + label
                                   + QStringLiteral("++)(:[0-9]{1,5})?([/?#]") + rest + QStringLiteral("*+)?"),
                               QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
 }
