@@ -1,5 +1,6 @@
 #include "app/launch_options.h"
 
+#include "app/text_command_line.h"
 #include "core/session_environment.h"
 
 namespace {
@@ -42,6 +43,12 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
     options.uiTestMode = env.contains(QStringLiteral("QUILLO_UI_TEST_MODE"));
     options.uiTestResetState = env.contains(QStringLiteral("QUILLO_UI_TEST_RESET_STATE"));
 
+    // A command word comes first and wins over the environment: a script asking for a count
+    // inside an MCP session still gets its count.
+    if (TextCommandLine::isTextCommand(arguments)) {
+        options.mode = RunMode::text;
+        return options;
+    }
     if (arguments.contains(QStringLiteral("--mcp-stdio")) || isOne(env, QStringLiteral("QUILLO_MCP_STDIO"))) {
         options.mode = RunMode::mcpStdio;
         return options;

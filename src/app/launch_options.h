@@ -12,6 +12,7 @@ enum class RunMode {
     installMcp,     // --install-mcp EDITOR [--config PATH]: write it into the editor's file
     config,         // config list | get KEY | set KEY VALUE
     transfer,       // export-schedule | import-schedule | export-accounts | import-accounts FILE
+    text,           // count … / split …: the counters and the splitter on stdin
 };
 
 // How this process was asked to run. Decided once, before any Qt application object

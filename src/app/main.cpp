@@ -2,10 +2,12 @@
 #include "app/editor_command_line.h"
 #include "app/launch_options.h"
 #include "app/run_modes.h"
+#include "app/text_command_line.h"
 
 #include <QStringList>
 
 #include <csignal>
+#include <iostream>
 
 int main(int argc, char** argv)
 {
@@ -20,6 +22,9 @@ int main(int argc, char** argv)
 
     const LaunchOptions options = LaunchOptions::parse(arguments, QProcessEnvironment::systemEnvironment());
     switch (options.mode) {
+    case RunMode::text:
+        // Reads stdin and answers on stdout: no application object, no instance.
+        return TextCommandLine::run(arguments, std::cin, std::cout, std::cerr);
     case RunMode::mcpStdio:
         return RunModes::runMcpStdio(options);
     case RunMode::forwarder:

@@ -73,14 +73,15 @@ QStringList splitAtBreaks(const QString& text)
     return posts;
 }
 
-QStringList textsFor(const QString& text, bool thread, bool autosplit)
+QStringList textsFor(const QString& text, bool thread, bool autosplit, const QList<PlatformType>& networks,
+                     qsizetype mastodonLimit)
 {
     const QStringList posts = thread ? splitAtBreaks(text) : QStringList{text};
     if (!autosplit)
         return posts;
     QStringList pieces;
     for (const QString& post : posts) {
-        const QStringList split = TextSplitter::split(post, kSplitLimit);
+        const QStringList split = TextSplitter::splitFor(post, networks, mastodonLimit, kSplitLimit);
         pieces.append(split.isEmpty() ? QStringList{post} : split);
     }
     return pieces;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "model/platform_type.h"
 #include "model/post.h"
+#include "text/mastodon_character_counter.h"
 
 #include <QList>
 #include <QString>
@@ -18,8 +20,11 @@ inline constexpr qsizetype kSplitLimit = 280;
 QStringList splitAtBreaks(const QString& text);
 
 // The post texts of one command text: cut at the user's own post breaks when `thread`
-// is asked for, then each split to the post limit when `autosplit` is.
-QStringList textsFor(const QString& text, bool thread, bool autosplit);
+// is asked for, then each post split when `autosplit` is. A split for known networks
+// gives pieces that fit each network's counter (`mastodonLimit` for Mastodon); without
+// networks, pieces of at most kSplitLimit characters.
+QStringList textsFor(const QString& text, bool thread, bool autosplit, const QList<PlatformType>& networks = {},
+                     qsizetype mastodonLimit = MastodonCharacterCounter::DefaultLimit);
 
 // `thread` of an edit: a JSON array of texts.
 QStringList parseTexts(const QString& json);

@@ -12,6 +12,7 @@
 #include "events/app_events.h"
 #include "store/account_manager.h"
 #include "store/scheduler_service.h"
+#include "text/platform_character_counter.h"
 
 namespace {
 
@@ -182,14 +183,26 @@ void URLSchemeHandler::requireWindow(const QString& what) const
         throw URLSchemeError::failed(m_windowless + QStringLiteral(": ") + what);
 }
 
-QList<Post> URLSchemeHandler::threadFrom(const CommandParams& params) const
+qsizetype URLSchemeHandler::mastodonLimit() const
+{
+    // The smallest limit of the Mastodon accounts known, so a piece fits whichever is chosen.
+    return PlatformCharacterCounter::mastodonLimit(m_accounts.accounts(PlatformType::mastodon));
+}
+
+QList<Post> URLSchemeHandler::threadFrom(const CommandParams& params, const QStringList& networks) const
 {
     const QString text = params.value(QStringLiteral("text"));
     const QString thread = params.value(QStringLiteral("thread")).trimmed();
+    QList<PlatformType> platforms;
+    for (const QString& name : networks) {
+        if (const auto platform = platformTypeFromName(name))
+            platforms << *platform;
+    }
     // A thread given as a JSON array of texts spells the posts out.
     const QStringList texts = thread.startsWith(u'[')
         ? CommandThread::parseTexts(thread)
-        : CommandThread::textsFor(text, thread == QStringLiteral("true"), autosplit(params));
+        : CommandThread::textsFor(text, thread == QStringLiteral("true"), autosplit(params), platforms,
+                                  mastodonLimit());
     QList<Post> posts;
     for (const QString& piece : texts)
         posts.append(Post::create(piece));
@@ -220,9 +233,6 @@ void URLSchemeHandler::announceSaved() const
 QCoro::Task<CommandOutcome> URLSchemeHandler::compose(CommandParams params)
 {
     requireWindow(QStringLiteral("the composer cannot be opened"));
-    QList<Post> drafts = threadFrom(params);
-    const QList<PostMedia> media = co_await mediaFrom(params);
-    drafts.first().mediaItems = media;
     QStringList platforms;
     const QStringList given = params.list(QStringLiteral("platforms"));
     for (const QString& name : given) {
@@ -231,6 +241,9 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::compose(CommandParams params)
         else
             qCWarning(lcCommands).noquote() << QStringLiteral("⚠️ URLSchemeHandler: Unknown platform '") + name + u'\'';
     }
+    QList<Post> drafts = threadFrom(params, platforms);
+    const QList<PostMedia> media = co_await mediaFrom(params);
+    drafts.first().mediaItems = media;
     Q_EMIT m_events.composerRequested(drafts, platforms);
     co_return succeeded(QStringLiteral("Opened composer with %1 post(s)").arg(drafts.size()));
 }
@@ -252,7 +265,7 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::schedule(CommandParams params)
     m_builder.applyDate(post, params);
     m_builder.applyPlatforms(post, params, true);
     m_builder.applyAccounts(post, params);
-    post.content = threadFrom(params);
+    post.content = threadFrom(params, post.platforms);
     // Media last: nothing is copied for a command that fails on a simple parameter.
     post.content.first().mediaItems = co_await mediaFrom(params);
     if (post.content.size() == 1 && post.content.first().text.isEmpty() && post.content.first().mediaItems.isEmpty())
@@ -297,6 +310,18 @@ ScheduledPost storedPost(const SchedulerService& scheduler, const CommandParams&
     return *post;
 }
 
+// The networks an edited post goes to: the edit's own platforms when it names them.
+QList<PlatformType> platformsOf(const ScheduledPost& post, const CommandParams& params)
+{
+    const QStringList names = params.has(QStringLiteral("platforms")) ? params.list(QStringLiteral("platforms")) : post.platforms;
+    QList<PlatformType> platforms;
+    for (const QString& name : names) {
+        if (const auto platform = platformTypeFromName(name))
+            platforms << *platform;
+    }
+    return platforms;
+}
+
 } // namespace
 
 QCoro::Task<CommandOutcome> URLSchemeHandler::editScheduled(CommandParams params)
@@ -321,7 +346,8 @@ QCoro::Task<CommandOutcome> URLSchemeHandler::editScheduled(CommandParams params
         CommandThread::applyOps(post.content, *ops);
     } else if (const auto text = params.get(QStringLiteral("text"))) {
         if (params.isTrue(QStringLiteral("autosplit")))
-            CommandThread::setTexts(post.content, CommandThread::textsFor(*text, false, true));
+            CommandThread::setTexts(post.content, CommandThread::textsFor(*text, false, true, platformsOf(post, params),
+                                                                          mastodonLimit()));
         else if (post.content.size() == 1)
             post.content.first().text = *text;
         else

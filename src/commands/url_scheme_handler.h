@@ -61,7 +61,9 @@ private:
     CommandOutcome activate();
 
     // The thread that `text`, `thread`, `autosplit` and `quote` describe.
-    QList<Post> threadFrom(const CommandParams& params) const;
+    // `networks`: where the thread goes, when known, so that an autosplit fits each one.
+    QList<Post> threadFrom(const CommandParams& params, const QStringList& networks) const;
+    qsizetype mastodonLimit() const;
     bool autosplit(const CommandParams& params) const;
     // Throws when the command would only open a window and there is none.
     void requireWindow(const QString& what) const;

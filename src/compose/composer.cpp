@@ -148,13 +148,41 @@ void Composer::removeMedia(qsizetype index, const QUuid& mediaId)
         changePosts(posts);
 }
 
+namespace {
+// The length of the post break at `at`, if one stands there.
+qsizetype separatorAt(QStringView text, qsizetype at)
+{
+    return text.sliced(at).startsWith(TextSplitter::Separator) ? TextSplitter::Separator.size() : 0;
+}
+
+// Where piece `index` of a split starts in the text it was split from: pieces follow one
+// another, with a post break between those that came from different parts.
+qsizetype startOf(QStringView source, const QStringList& pieces, qsizetype index)
+{
+    qsizetype at = 0;
+    for (qsizetype i = 0; i < index; ++i) {
+        at += pieces.at(i).size();
+        at += separatorAt(source, at);
+    }
+    return std::min(at, source.size());
+}
+} // namespace
+
+void Composer::setNetworks(const QList<PlatformType>& networks, qsizetype mastodonLimit)
+{
+    m_networks = networks;
+    m_mastodonLimit = mastodonLimit;
+}
+
 bool Composer::paste(qsizetype index, qsizetype cursor, const QString& pasted)
 {
-    if (!isValidIndex(index) || Graphemes::count(pasted) <= PasteLimit)
+    if (!isValidIndex(index))
         return false;
-    if (!m_preferences.boolValue(PreferenceKeys::AutoSplitEnabled).value_or(true))
+    const bool fits = m_networks.isEmpty() ? Graphemes::count(pasted) <= PasteLimit
+                                           : TextSplitter::fitsAll(pasted, m_networks, m_mastodonLimit);
+    if (fits || !m_preferences.boolValue(PreferenceKeys::AutoSplitEnabled).value_or(true))
         return false;
-    const QStringList pieces = TextSplitter::split(pasted, PasteLimit);
+    const QStringList pieces = TextSplitter::splitFor(pasted, m_networks, m_mastodonLimit, PasteLimit);
     if (pieces.isEmpty())
         return true;
 
@@ -163,13 +191,14 @@ bool Composer::paste(qsizetype index, qsizetype cursor, const QString& pasted)
     const QUuid afterId = m_posts.at(index).id;
     const QStringList rest = pieces.mid(1);
     if (!rest.isEmpty()) {
+        const QString source = pasted.sliced(pieces.first().size() + separatorAt(pasted, pieces.first().size()));
         QMetaObject::invokeMethod(
-            this, [this, afterId, rest] { addOverflowPosts(afterId, rest); }, Qt::QueuedConnection);
+            this, [this, afterId, rest, source] { addOverflowPosts(afterId, rest, source); }, Qt::QueuedConnection);
     }
     return true;
 }
 
-void Composer::addOverflowPosts(const QUuid& afterId, const QStringList& pieces)
+void Composer::addOverflowPosts(const QUuid& afterId, const QStringList& pieces, const QString& source)
 {
     if (pieces.isEmpty())
         return;
@@ -179,8 +208,8 @@ void Composer::addOverflowPosts(const QUuid& afterId, const QStringList& pieces)
     const auto scheduledPostId = editingScheduledPostId();
     for (qsizetype i = 0; i < pieces.size(); ++i) {
         if (posts.size() >= maxPosts()) {
-            // No room for more posts: keep the rest of the text in the last one.
-            posts[at - 1].text += pieces.sliced(i).join(QString());
+            // No room for more posts: keep the rest of the text in the last one, as written.
+            posts[at - 1].text += source.isNull() ? pieces.sliced(i).join(QString()) : source.sliced(startOf(source, pieces, i));
             break;
         }
         Post post = Post::create(pieces.at(i));

@@ -31,7 +31,7 @@ class Composer : public QObject {
 
 public:
     static constexpr qsizetype MaxMediaPerPost = 4;
-    // Pasted text longer than this becomes several posts, whatever platforms are selected.
+    // Pasted text longer than this becomes several posts while no networks are chosen.
     static constexpr qsizetype PasteLimit = 280;
     static constexpr std::chrono::milliseconds DraftSaveDelay{500};
     static const QString MediaLimitMessage;
@@ -66,15 +66,20 @@ public:
     void addMedia(qsizetype index, const QList<PostMedia>& picked);
     void removeMedia(qsizetype index, const QUuid& mediaId);
 
+    // The networks the thread goes to, as the window's selection says; a paste is then cut
+    // so that every piece fits each of them (`mastodonLimit` for Mastodon).
+    void setNetworks(const QList<PlatformType>& networks, qsizetype mastodonLimit);
+
     // The paste rule of a post's text field. Returns false when the field should insert the
-    // text normally (short text, or automatic splitting switched off). Otherwise the post's
-    // text becomes what stood before the cursor plus the first piece, and the other pieces
-    // follow as new posts on the next turn of the event loop.
+    // text normally (text that fits, or automatic splitting switched off). Otherwise the
+    // post's text becomes what stood before the cursor plus the first piece, and the other
+    // pieces follow as new posts on the next turn of the event loop.
     bool paste(qsizetype index, qsizetype cursor, const QString& pasted);
     // Inserts pieces as posts right after the post with `afterId` (at the end when it is
-    // gone). Past maxPosts the remaining pieces are joined into the last post, so no text
-    // is dropped; its counter then shows it is too long.
-    void addOverflowPosts(const QUuid& afterId, const QStringList& pieces);
+    // gone). Past maxPosts the rest goes into the last post, so no text is dropped; its
+    // counter then shows it is too long. `source`, the text the pieces were split from
+    // (starting with the first piece), keeps that rest as written, post breaks included.
+    void addOverflowPosts(const QUuid& afterId, const QStringList& pieces, const QString& source = QString());
 
     // Loads a scheduled thread for editing; saving it then replaces the stored entry.
     void editScheduledPost(const ScheduledPost& scheduled);
@@ -102,5 +107,7 @@ private:
     PostStorage& m_storage;
     std::unique_ptr<DebounceTimer> m_draftSaveTask;
     QList<Post> m_posts;
+    QList<PlatformType> m_networks; // none chosen: the plain paste limit
+    qsizetype m_mastodonLimit = 500;
     bool m_reorderMode = false;
 };

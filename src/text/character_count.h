@@ -10,8 +10,11 @@ struct CharacterCount {
     qsizetype limit = 0;
     qsizetype bytes = 0;
     qsizetype byteLimit = 0; // 0: the network has no byte cap
+    // The text holds a character the network refuses whatever the length (X: U+FFFE,
+    // U+FEFF, U+FFFF and the directional embeddings and overrides).
+    bool invalidCharacters = false;
 
     qsizetype remaining() const { return limit - length; }
-    bool fits() const { return length <= limit && (byteLimit == 0 || bytes <= byteLimit); }
+    bool fits() const { return length <= limit && (byteLimit == 0 || bytes <= byteLimit) && !invalidCharacters; }
     bool operator==(const CharacterCount&) const = default;
 };

@@ -11,16 +11,6 @@
 class CodePointTable {
 public:
     enum Flag : std::uint16_t {
-        // A cluster of its own whatever stands around it (see Graphemes).
-        standsAlone = 1 << 0,
-        // A cluster may end after it when a code point that stands alone follows.
-        mayEndCluster = 1 << 1,
-        // Joins the cluster before it the same way in every script: combining marks of the
-        // Latin, Greek, Cyrillic, Hebrew and Arabic blocks, marks for symbols, variation
-        // selectors, skin tones and tags. Marks of scripts whose clusters Qt tailors are
-        // left out on purpose.
-        extends = 1 << 2,
-        zeroWidthJoiner = 1 << 3,
         regionalIndicator = 1 << 4,
         pictographic = 1 << 5, // Extended_Pictographic
         // NFC leaves it as it is and never joins it to what stands before it, so a text made
@@ -28,8 +18,6 @@ public:
         nfcStable = 1 << 6,
         wordCharacter = 1 << 7, // letter, number or underscore
         linkLabel = 1 << 8,     // letter, number, mark, other symbol, underscore or hyphen
-        // A control, separator or format character: a cluster of its own that nothing extends.
-        control = 1 << 9,
     };
 
     static const CodePointTable& instance()

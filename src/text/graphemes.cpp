@@ -1,188 +1,144 @@
 #include "text/graphemes.h"
 
-#include "text/code_point_table.h"
-
-#include <QTextBoundaryFinder>
+#include "text/grapheme_break_table.h"
 
 namespace {
-using Table = CodePointTable;
+using Table = GraphemeBreakTable;
 
-qsizetype finderCount(QStringView text)
-{
-    // The finder's working memory stays on the stack for post-sized texts.
-    constexpr qsizetype BufferSize = 4096;
-    unsigned char buffer[BufferSize];
-    const bool fits = text.size() < BufferSize;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size(), fits ? buffer : nullptr,
-                               fits ? BufferSize : 0);
-    qsizetype clusters = 0;
-    while (finder.toNextBoundary() != -1)
-        ++clusters;
-    return clusters;
-}
-
-// Where a cluster stands under the default rules, as far as the next code point cares.
+// What the rules that look further back than one code point need to know about the
+// cluster so far.
 class ClusterState {
 public:
-    void start(std::uint16_t flags)
-    {
-        m_control = flags & Table::control;
-        m_inEmoji = flags & Table::pictographic;
-        m_afterEmojiJoiner = false;
-        m_unpairedIndicator = flags & Table::regionalIndicator;
-    }
+    explicit ClusterState(std::uint8_t first) { take(first); }
 
-    // Whether the code point joins the cluster: nothing joins a control character, marks
-    // and joiners extend any other, a pictograph after a joined pictograph joins it, and
-    // regional indicators pair up.
-    bool joins(std::uint16_t flags)
+    // Whether `next` joins a cluster whose last code point is `previous`.
+    bool joins(std::uint8_t previous, std::uint8_t next) const
     {
-        if (m_control)
+        const Table::Class before = Table::classOf(previous);
+        const Table::Class after = Table::classOf(next);
+        if (before == Table::cr)
+            return after == Table::lf;
+        if (before == Table::lf || before == Table::control || after == Table::cr || after == Table::lf
+            || after == Table::control)
             return false;
-        if (flags & Table::extends) {
-            m_inEmoji = m_inEmoji && !m_afterEmojiJoiner;
-            m_afterEmojiJoiner = m_unpairedIndicator = false;
+        switch (after) {
+        case Table::extend:
+        case Table::zwj:
+        case Table::spacingMark:
             return true;
+        default:
+            break;
         }
-        if (flags & Table::zeroWidthJoiner) {
-            m_afterEmojiJoiner = m_inEmoji;
-            m_inEmoji = m_unpairedIndicator = false;
+        if (before == Table::prepend)
             return true;
+        switch (before) {
+        case Table::l:
+            if (after == Table::l || after == Table::v || after == Table::lv || after == Table::lvt)
+                return true;
+            break;
+        case Table::lv:
+        case Table::v:
+            if (after == Table::v || after == Table::t)
+                return true;
+            break;
+        case Table::lvt:
+        case Table::t:
+            if (after == Table::t)
+                return true;
+            break;
+        case Table::regionalIndicator:
+            return after == Table::regionalIndicator && m_oddIndicators;
+        default:
+            break;
         }
-        if ((flags & Table::regionalIndicator) && m_unpairedIndicator) {
-            m_unpairedIndicator = false;
+        if (m_conjunct == Conjunct::linked && Table::conjunctOf(next) == Table::conjunctConsonant)
             return true;
+        return before == Table::zwj && m_emoji == Emoji::joiner && Table::isPictographic(next);
+    }
+
+    void take(std::uint8_t value)
+    {
+        const Table::Class cls = Table::classOf(value);
+        if (Table::isPictographic(value))
+            m_emoji = Emoji::pictograph;
+        else if (cls == Table::zwj && m_emoji == Emoji::pictograph)
+            m_emoji = Emoji::joiner;
+        else if (cls != Table::extend || m_emoji != Emoji::pictograph)
+            m_emoji = Emoji::none;
+
+        switch (Table::conjunctOf(value)) {
+        case Table::conjunctConsonant:
+            m_conjunct = Conjunct::consonant;
+            break;
+        case Table::conjunctLinker:
+            if (m_conjunct != Conjunct::none)
+                m_conjunct = Conjunct::linked;
+            break;
+        case Table::conjunctExtend:
+            break;
+        case Table::noConjunct:
+            m_conjunct = Conjunct::none;
+            break;
         }
-        if ((flags & Table::pictographic) && m_afterEmojiJoiner) {
-            m_inEmoji = true;
-            m_afterEmojiJoiner = false;
-            return true;
-        }
-        return false;
+        m_oddIndicators = cls == Table::regionalIndicator && !m_oddIndicators;
     }
 
 private:
-    bool m_control = false;
-    bool m_inEmoji = false;           // a pictograph, then only marks that extend
-    bool m_afterEmojiJoiner = false;  // that, then a zero-width joiner
-    bool m_unpairedIndicator = false; // a lone regional indicator so far
-};
+    // A pictograph followed by marks that extend, then a joiner after them (GB11).
+    enum class Emoji : std::uint8_t { none, pictograph, joiner };
+    // A consonant followed by marks, then a linker among them (GB9c).
+    enum class Conjunct : std::uint8_t { none, consonant, linked };
 
-qsizetype ruleCount(QStringView piece, const Table& table)
-{
-    qsizetype clusters = 0;
-    ClusterState state;
-    for (qsizetype i = 0; i < piece.size();) {
-        const char32_t cp = Graphemes::codePointAt(piece, i);
-        const std::uint16_t flags = table.flagsOf(cp);
-        i += Graphemes::unitsOf(cp);
-        if (clusters > 0 && state.joins(flags))
-            continue;
-        ++clusters;
-        state.start(flags);
-    }
-    return clusters;
-}
-
-// Cuts the text where a boundary is certain, before a code point that stands alone and
-// after one that may end a cluster, and counts each piece. A piece of one code point is
-// one cluster. Pieces made of base characters, marks that extend, joiners and regional
-// indicators follow the default rules alone; only the others (Indic and Thai text, Hangul
-// jamo, format characters) need the costly finder. Short pieces also keep the finder
-// clear of its miscounts of Indic and Thai text that follows an emoji in the same call.
-class PieceCounter {
-public:
-    explicit PieceCounter(QStringView text)
-        : m_text(text)
-        , m_table(Table::instance())
-    {
-    }
-
-    qsizetype count()
-    {
-        const QChar* units = m_text.data();
-        for (qsizetype i = 0; i < m_text.size();) {
-            if (!isPlain(units[i])) {
-                const char32_t cp = Graphemes::codePointAt(m_text, i);
-                add(i, m_table.flagsOf(cp));
-                i += Graphemes::unitsOf(cp);
-                continue;
-            }
-            // In a run of plain code units every one but the first starts a piece, and all
-            // but the last of those pieces hold one code point.
-            const qsizetype runStart = i;
-            while (i < m_text.size() && isPlain(units[i]))
-                ++i;
-            add(runStart, PlainFlags);
-            if (i - runStart > 1) {
-                closePiece(runStart + 1);
-                m_clusters += i - runStart - 2;
-                openPiece(i - 1, PlainFlags);
-            }
-        }
-        if (m_pieceCodePoints > 0)
-            closePiece(m_text.size());
-        return m_clusters;
-    }
-
-private:
-    static constexpr std::uint16_t RuleFlags =
-        Table::standsAlone | Table::extends | Table::zeroWidthJoiner | Table::regionalIndicator;
-    static constexpr std::uint16_t PlainFlags = Table::standsAlone | Table::mayEndCluster;
-
-    // A code unit that is a code point of its own, stands alone and may end a cluster.
-    bool isPlain(QChar unit) const
-    {
-        const char16_t u = unit.unicode();
-        if (u < 0x300)
-            return u != u'\r';
-        return !QChar::isSurrogate(u) && (m_table.flagsOf(u) & PlainFlags) == PlainFlags;
-    }
-
-    void add(qsizetype at, std::uint16_t flags)
-    {
-        if (m_pieceCodePoints > 0 && m_previousMayEnd && (flags & Table::standsAlone)) {
-            closePiece(at);
-            openPiece(at, flags);
-            return;
-        }
-        ++m_pieceCodePoints;
-        m_pieceFollowsRules = m_pieceFollowsRules && (flags & RuleFlags);
-        m_previousMayEnd = flags & Table::mayEndCluster;
-    }
-
-    void openPiece(qsizetype at, std::uint16_t flags)
-    {
-        m_pieceStart = at;
-        m_pieceCodePoints = 1;
-        m_pieceFollowsRules = flags & RuleFlags;
-        m_previousMayEnd = flags & Table::mayEndCluster;
-    }
-
-    void closePiece(qsizetype end)
-    {
-        if (m_pieceCodePoints == 1) {
-            ++m_clusters;
-            return;
-        }
-        const QStringView piece = m_text.sliced(m_pieceStart, end - m_pieceStart);
-        m_clusters += m_pieceFollowsRules ? ruleCount(piece, m_table) : finderCount(piece);
-    }
-
-    QStringView m_text;
-    const Table& m_table;
-    qsizetype m_clusters = 0;
-    qsizetype m_pieceStart = 0;
-    qsizetype m_pieceCodePoints = 0;
-    bool m_pieceFollowsRules = true;
-    bool m_previousMayEnd = false;
+    Emoji m_emoji = Emoji::none;
+    Conjunct m_conjunct = Conjunct::none;
+    bool m_oddIndicators = false; // GB12: indicators pair up from the cluster's start
 };
 
 } // namespace
 
+qsizetype Graphemes::clusterEnd(QStringView text, qsizetype start)
+{
+    const Table& table = Table::instance();
+    const char16_t* units = reinterpret_cast<const char16_t*>(text.data());
+    const qsizetype size = text.size();
+    // ASCII other than CR is one cluster when ASCII other than LF follows or the text ends:
+    // nothing in ASCII joins.
+    if (units[start] < 0x80 && units[start] != u'\r' && (start + 1 == size || units[start + 1] < 0x80))
+        return start + 1;
+
+    char32_t cp = codePointAt(text, start);
+    std::uint8_t previous = table.valueOf(cp);
+    ClusterState state(previous);
+    qsizetype at = start + unitsOf(cp);
+    while (at < size) {
+        cp = codePointAt(text, at);
+        const std::uint8_t next = table.valueOf(cp);
+        if (!state.joins(previous, next))
+            break;
+        state.take(next);
+        previous = next;
+        at += unitsOf(cp);
+    }
+    return at;
+}
+
 qsizetype Graphemes::count(QStringView text)
 {
-    return PieceCounter(text).count();
+    qsizetype clusters = 0;
+    for (qsizetype at = 0; at < text.size(); at = clusterEnd(text, at))
+        ++clusters;
+    return clusters;
+}
+
+QList<qsizetype> Graphemes::clusterEnds(QStringView text)
+{
+    QList<qsizetype> ends;
+    ends.reserve(text.size());
+    for (qsizetype at = 0; at < text.size();) {
+        at = clusterEnd(text, at);
+        ends.append(at);
+    }
+    return ends;
 }
 
 char32_t Graphemes::codePointBefore(QStringView text, qsizetype index)

@@ -1,12 +1,21 @@
 #pragma once
 
+#include <QList>
 #include <QStringView>
 
 // User-perceived characters (extended grapheme clusters): an emoji sequence or a letter
-// with its combining marks is one, however many code points it takes.
+// with its combining marks is one, however many code points it takes. The rules are
+// Unicode's current ones (UAX #29 with the Indic conjunct rule), which the networks count
+// with; the counters and the splitter all walk clusters here, so a piece the splitter cuts
+// always counts as the counters say. A lone surrogate is a cluster of its own.
 class Graphemes {
 public:
     static qsizetype count(QStringView text);
+    // Where the cluster that starts at `start` ends. `start` must itself be a cluster
+    // boundary (0, or an end returned before): the rules for flags look back to the start.
+    static qsizetype clusterEnd(QStringView text, qsizetype start);
+    // The end of every cluster, in order; the last is the text's size.
+    static QList<qsizetype> clusterEnds(QStringView text);
     // The code point that starts at `index` (a lone surrogate stands for itself).
     static char32_t codePointAt(QStringView text, qsizetype index)
     {

@@ -15,6 +15,11 @@ bool isAsciiDigit(QChar c)
     return c.unicode() >= u'0' && c.unicode() <= u'9';
 }
 
+bool isAsciiAlphanumeric(QChar c)
+{
+    return c.unicode() < 0x80 && std::isalnum(int(c.unicode()));
+}
+
 bool isLabelCharacter(char32_t cp)
 {
     return CodePointTable::has(cp, CodePointTable::linkLabel);
@@ -93,9 +98,11 @@ LinkCandidateScanner::Candidates LinkCandidateScanner::scan(QStringView word, Ur
 {
     Candidates found;
     // A candidate starts where no label character stands before it, and the search goes on
-    // after each candidate, whether it proves to be a link or not.
+    // after each candidate, whether it proves to be a link or not. A scheme needs only no
+    // ASCII letter or digit before it, so a link written right after CJK text is found.
     for (qsizetype at = 0; at < word.size();) {
-        const std::optional<Candidate> candidate = endsLabelRun(word, at) ? std::nullopt : candidateAt(word, at, scheme);
+        const bool free = !endsLabelRun(word, at) || (schemeLength(word, at) > 0 && !isAsciiAlphanumeric(word.at(at - 1)));
+        const std::optional<Candidate> candidate = free ? candidateAt(word, at, scheme) : std::nullopt;
         if (!candidate) {
             at += Graphemes::unitsOf(Graphemes::codePointAt(word, at));
             continue;

@@ -65,6 +65,10 @@ std::optional<Mention> mentionAt(QStringView word, qsizetype at)
     const qsizetype domainEnd = dottedRunEnd(word, userEnd + 1, isWordCharacter);
     if (domainEnd == userEnd + 1)
         return std::nullopt;
+    // "@a@b.c@d" and "@a@b.c://" are addresses of something else, not mentions.
+    const QStringView after = word.sliced(domainEnd);
+    if (after.startsWith(u'@') || after.startsWith(u"://"))
+        return std::nullopt;
     return Mention{at, domainEnd, word.sliced(at + 1, userEnd - at - 1)};
 }
 
@@ -89,11 +93,75 @@ struct Entity {
 
 using Entities = QVarLengthArray<Entity, 8>;
 
+// Sentence punctuation that ends a link's path is not part of it.
+qsizetype pathEnd(QStringView text, qsizetype restStart, qsizetype end)
+{
+    static const QString trailing = QStringLiteral(u".,;:!?*'\"$%[]~|@&=<>「」");
+    while (end > restStart) {
+        const QChar last = text.at(end - 1);
+        if (last == u')') {
+            const QStringView rest = text.sliced(restStart, end - restStart);
+            if (rest.count(u'(') >= rest.count(u')'))
+                break;
+        } else if (!trailing.contains(last)) {
+            break;
+        }
+        --end;
+    }
+    return end;
+}
+
+qsizetype nonSpaceEnd(QStringView text, qsizetype at)
+{
+    while (at < text.size() && !text.at(at).isSpace())
+        ++at;
+    return at;
+}
+
+// Mastodon's links: http(s) on a known domain, whose path and query may hold any
+// character but whitespace, and the other schemes it links (dat, dweb, ipfs, ipns, ssb,
+// gopher, gemini) followed by anything but whitespace.
+void appendLinks(QStringView text, Entities& found)
+{
+    for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::required)) {
+        qsizetype end = link.end();
+        const QStringView linked = text.sliced(link.start, link.length);
+        const qsizetype hostStart = linked.indexOf(u"://") + 3;
+        qsizetype restStart = -1;
+        for (qsizetype i = hostStart; i < linked.size(); ++i) {
+            const QChar c = linked.at(i);
+            if (c == u'/' || c == u'?' || c == u'#') {
+                restStart = link.start + i;
+                break;
+            }
+        }
+        if (restStart < 0 && end < text.size() && (text.at(end) == u'/' || text.at(end) == u'?' || text.at(end) == u'#'))
+            restStart = end;
+        if (restStart >= 0)
+            end = pathEnd(text, restStart, nonSpaceEnd(text, restStart));
+        found.append({link.start, std::max(end, link.end()), QStringView()});
+    }
+    static const QStringList schemes = {QStringLiteral("dat://"), QStringLiteral("dweb://"), QStringLiteral("ipfs://"),
+                                        QStringLiteral("ipns://"), QStringLiteral("ssb://"), QStringLiteral("gopher://"),
+                                        QStringLiteral("gemini://")};
+    for (qsizetype colon = text.indexOf(u"://"); colon != -1; colon = text.indexOf(u"://", colon + 3)) {
+        for (const QString& scheme : schemes) {
+            const qsizetype start = colon + 3 - scheme.size();
+            if (start < 0 || text.sliced(start, scheme.size()).compare(scheme, Qt::CaseInsensitive) != 0)
+                continue;
+            if (start > 0 && isWordCharacter(Graphemes::codePointBefore(text, start)))
+                continue;
+            const qsizetype end = pathEnd(text, colon + 3, nonSpaceEnd(text, colon + 3));
+            if (end > colon + 3)
+                found.append({start, end, QStringView()});
+        }
+    }
+}
+
 Entities entities(QStringView text)
 {
     Entities found;
-    for (const UrlFinder::Range& link : UrlFinder::find(text, UrlFinder::Scheme::required))
-        found.append({link.start, link.end(), QStringView()});
+    appendLinks(text, found);
     for (const TextTokens::Token& token : TextTokens::containing(text, u'@')) {
         for (qsizetype at = token.text.indexOf(u'@'); at != -1;) {
             const std::optional<Mention> mention = mentionAt(token.text, at);
@@ -110,18 +178,6 @@ Entities entities(QStringView text)
             disjoint.append(entity);
     }
     return disjoint;
-}
-
-// A replacement starts and ends with characters that stand alone and may end a cluster, so
-// the text around it can be counted in pieces unless what touches it may join it.
-bool joinsNeighbours(QStringView text, const Entity& entity)
-{
-    const bool joinsBefore =
-        entity.start > 0
-        && !CodePointTable::has(Graphemes::codePointBefore(text, entity.start), CodePointTable::mayEndCluster);
-    const bool joinsAfter = entity.end < text.size()
-                            && !CodePointTable::has(Graphemes::codePointAt(text, entity.end), CodePointTable::standsAlone);
-    return joinsBefore || joinsAfter;
 }
 
 qsizetype countWithReplacements(QStringView text, const Entities& found)
@@ -141,16 +197,10 @@ qsizetype countWithReplacements(QStringView text, const Entities& found)
 
 qsizetype MastodonCharacterCounter::length(QStringView text)
 {
+    // Counted on the text with each entity replaced, as Mastodon does: a mark after a link
+    // joins the replacement's last character, not the link's.
     const Entities found = entities(text);
-    if (std::any_of(found.begin(), found.end(), [text](const Entity& e) { return joinsNeighbours(text, e); }))
-        return countWithReplacements(text, found);
-    qsizetype length = 0;
-    qsizetype counted = 0;
-    for (const Entity& entity : found) {
-        length += Graphemes::count(text.sliced(counted, entity.start - counted)) + entity.countedLength();
-        counted = entity.end;
-    }
-    return length + Graphemes::count(text.sliced(counted));
+    return found.isEmpty() ? Graphemes::count(text) : countWithReplacements(text, found);
 }
 
 CharacterCount MastodonCharacterCounter::count(QStringView text, qsizetype limit)

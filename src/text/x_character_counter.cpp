@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <algorithm>
+
 namespace {
 constexpr qsizetype EmojiWeight = 2;
 
@@ -170,7 +172,17 @@ qsizetype XCharacterCounter::weightedLength(QStringView text)
     return length;
 }
 
+bool XCharacterCounter::hasInvalidCharacters(QStringView text)
+{
+    return std::any_of(text.begin(), text.end(), [](QChar c) {
+        const char16_t u = c.unicode();
+        return u == 0xFFFE || u == 0xFEFF || u == 0xFFFF || (u >= 0x202A && u <= 0x202E);
+    });
+}
+
 CharacterCount XCharacterCounter::count(QStringView text)
 {
-    return {weightedLength(text), Limit};
+    CharacterCount counted{weightedLength(text), Limit};
+    counted.invalidCharacters = hasInvalidCharacters(text);
+    return counted;
 }

@@ -14,5 +14,8 @@ public:
     static constexpr qsizetype LinkLength = 23;
 
     static qsizetype weightedLength(QStringView text);
+    // X refuses a post holding U+FFFE, U+FEFF, U+FFFF or a directional embedding or
+    // override (U+202A-U+202E), however short.
+    static bool hasInvalidCharacters(QStringView text);
     static CharacterCount count(QStringView text);
 };

@@ -47,6 +47,9 @@ TEST(LaunchOptions, SwitchesCountOnlyInTheirExactForm)
         {"headless flag", args({"--headless"}), env({}), RunMode::headless, false},
         {"no display", {}, env({}, false), RunMode::headless, false},
         {"wayland display", {}, env({{"WAYLAND_DISPLAY", "wayland-0"}}, false), RunMode::desktop, false},
+        {"count first", args({"count", "--network", "x"}), env({{"QUILLO_MCP_STDIO", "1"}}), RunMode::text, false},
+        {"split first", args({"split"}), env({}), RunMode::text, false},
+        {"a text command only as the first argument", args({"--headless", "count"}), env({}), RunMode::headless, false},
     };
     for (const ModeCase& c : cases) {
         const LaunchOptions options = LaunchOptions::parse(c.arguments, c.environment);

@@ -68,4 +68,14 @@ TEST(NoGuiProcess, McpServerHeadlessInstanceAndForwarderLoadNoGuiLibrary)
         ASSERT_TRUE(hasQtCore(forwarder.process().processId()));
         EXPECT_EQ(guiLibraries(forwarder.process().processId()), QStringList()) << "forwarder";
     }
+    {
+        // The text commands, kept waiting for their next line.
+        TempHome home;
+        QuilloProcess count(home.path());
+        count.start({QStringLiteral("count"), QStringLiteral("--json-lines")});
+        count.writeLine(R"("hello")");
+        ASSERT_TRUE(count.readLine()) << "quillo count did not answer";
+        ASSERT_TRUE(hasQtCore(count.process().processId()));
+        EXPECT_EQ(guiLibraries(count.process().processId()), QStringList()) << "quillo count";
+    }
 }

@@ -128,6 +128,32 @@ TEST_F(HandlerFixture, StealthScheduleBuildsThePostFromItsParameters)
     EXPECT_EQ(post.xShareWithFollowers, (QMap<QUuid, bool>{{work, true}, {personal, false}}));
 }
 
+TEST_F(HandlerFixture, AutosplitCutsForTheNetworksThePostGoesTo)
+{
+    // 400 CJK characters: X weighs them double, so its pieces hold 140; Bluesky alone takes 300.
+    const QString cjk = QString(400, QChar(0x8A9E));
+    const QString encoded = QString::fromUtf8(QUrl::toPercentEncoding(cjk));
+    const struct {
+        QString platforms;
+        QList<qsizetype> sizes;
+    } cases[] = {
+        {QStringLiteral("x,bluesky"), {140, 140, 120}},
+        {QStringLiteral("bluesky"), {300, 100}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.platforms.toStdString());
+        scheduler.clearAll();
+        ASSERT_TRUE(send(QStringLiteral("quillo://schedule?autosplit=true&stealthMode=true&platforms=") + c.platforms
+                         + QStringLiteral("&text=") + encoded)
+                        .ok);
+        const ScheduledPost post = storedOne();
+        QList<qsizetype> sizes;
+        for (const Post& piece : post.content)
+            sizes.append(piece.text.size());
+        EXPECT_EQ(sizes, c.sizes);
+    }
+}
+
 TEST_F(HandlerFixture, NonStealthScheduleOpensTheSchedulerAndStoresNothing)
 {
     QSignalSpy requests(&events, &AppEvents::schedulerRequested);

@@ -153,6 +153,43 @@ TEST_F(ComposerTest, OverflowPastMaxPostsKeepsAllTheText)
     EXPECT_EQ(all, pieces.join(QString()));
 }
 
+TEST_F(ComposerTest, APastePastMaxPostsKeepsItsPostBreaksAsWritten)
+{
+    auto composer = makeComposer();
+    QStringList parts;
+    for (int i = 0; i < composer->maxPosts() + 5; ++i)
+        parts.append(QStringLiteral("part %1 ").arg(i).repeated(i % 3 == 0 ? 50 : 1));
+    const QString pasted = parts.join(TextSplitter::Separator);
+    ASSERT_TRUE(composer->paste(0, 0, pasted));
+    QCoreApplication::processEvents();
+
+    ASSERT_EQ(composer->posts().size(), composer->maxPosts());
+    QStringList texts;
+    for (const Post& post : composer->posts())
+        texts.append(post.text);
+    const QStringList pieces = TextSplitter::split(pasted, Composer::PasteLimit);
+    EXPECT_EQ(texts.mid(0, texts.size() - 1), pieces.mid(0, texts.size() - 1));
+    // The last post holds the rest of the paste exactly as it was written.
+    EXPECT_TRUE(pasted.endsWith(texts.last())) << qPrintable(texts.last());
+    EXPECT_TRUE(texts.last().contains(TextSplitter::Separator));
+}
+
+TEST_F(ComposerTest, APasteForChosenNetworksFitsEachOfThem)
+{
+    auto composer = makeComposer();
+    composer->setNetworks({PlatformType::x, PlatformType::bluesky}, 500);
+    // 200 CJK characters weigh 400 on X, though 200 is under the plain limit.
+    const QString pasted = QString(200, QChar(0x8A9E));
+    ASSERT_TRUE(composer->paste(0, 0, pasted));
+    QCoreApplication::processEvents();
+    ASSERT_EQ(composer->posts().size(), 2);
+    for (const Post& post : composer->posts()) {
+        EXPECT_TRUE(composer->characterCount(composer->posts().indexOf(post), PlatformType::x).fits());
+        EXPECT_TRUE(composer->characterCount(composer->posts().indexOf(post), PlatformType::bluesky).fits());
+    }
+    EXPECT_EQ(composer->posts().at(0).text + composer->posts().at(1).text, pasted);
+}
+
 TEST_F(ComposerTest, EditingAScheduledThreadMarksItsPostsAndLogs)
 {
     QStringList lines;

@@ -90,7 +90,15 @@ TEST(XCharacterCounterTest, LinkBoundaries)
         {"country domain with a path", QStringLiteral("bit.ly/abc"), 23},
         {"version number", QStringLiteral("v1.2.3"), 6},
         {"unknown ending without scheme", QStringLiteral("file.txt"), 8},
-        {"unknown ending with scheme", QStringLiteral("https://file.txt"), 23},
+        {"unknown ending with scheme", QStringLiteral("https://file.txt"), 16},
+        {"a private name is no domain", QStringLiteral("https://intranet.corp/wiki"), 26},
+        {"newer generic domains", QStringLiteral("example.zip x.app"), 23 + 1 + 23},
+        {"a domain right after CJK text", QStringLiteral("日本語example.com/a"), 6 + 23},
+        {"a link right after CJK text", QStringLiteral("日本語https://example.com/a"), 6 + 23},
+        {"a scheme after a Latin letter is no link start", QStringLiteral("xhttps://example.com"), 20},
+        {"underscore in a sub-domain", QStringLiteral("my_blog.example.com"), 23},
+        {"underscore in the domain name is no link", QStringLiteral("my_blog.com"), 11},
+        {"a long t.co slug", QStringLiteral("https://t.co/") + QString(80, u'a'), 23},
         {"copyright sign is text", QStringLiteral("\u00A9 2024"), 6},
         {"copyright sign as emoji", QStringLiteral("\u00A9\uFE0F"), 2},
         {"keycap", QStringLiteral("1\uFE0F\u20E3"), 2},
@@ -101,6 +109,8 @@ TEST(XCharacterCounterTest, LinkBoundaries)
         EXPECT_EQ(XCharacterCounter::weightedLength(c.text), c.expected);
     }
     EXPECT_TRUE(XCharacterCounter::count(QString(280, u'a')).fits());
+    for (const char16_t invalid : {u'\uFFFE', u'\uFEFF', u'\uFFFF', u'\u202A', u'\u202E'})
+        EXPECT_FALSE(XCharacterCounter::count(QString(QStringLiteral("short") + QChar(invalid))).fits()) << int(invalid);
     EXPECT_FALSE(XCharacterCounter::count(QString(QString(140, QChar(0x4E00)) + u'a')).fits());
 }
 
@@ -136,6 +146,13 @@ TEST(MastodonCharacterCounterTest, CountsLinksAndMentionsTheWayMastodonDoes)
         {"emoji family is one character", Family, 1},
         {"combining marks join their letter", QStringLiteral("e\u0301e\u0301"), 2},
         {"Cyrillic path", QStringLiteral("http://example.com/Русские_слова"), 23},
+        {"a path may hold any non-space character", QStringLiteral("https://example.com/日本/¿^|{} x"), 25},
+        {"sentence punctuation ends the path", QStringLiteral("https://example.com/a/b."), 24},
+        {"an unknown domain is no link", QStringLiteral("https://intranet.corp/a"), 23},
+        {"gemini and ipfs links count 23", QStringLiteral("gemini://example.org/") + QString(40, u'g') + QStringLiteral(" ipfs://") + QString(46, u'Q'), 47},
+        {"a word before a scheme is no link", QStringLiteral("xgemini://example.org/abc"), 25},
+        {"a mention followed by @ is none", QStringLiteral("@alice@example.com@x"), 20},
+        {"a mention followed by :// is none", QStringLiteral("@alice@example.com://x"), 22},
     };
     for (const LengthCase& c : cases) {
         SCOPED_TRACE(c.name);

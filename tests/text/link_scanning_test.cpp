@@ -35,8 +35,13 @@ QRegularExpression linkPattern(UrlFinder::Scheme scheme)
     const QString label = QStringLiteral(R"([\p{L}\p{N}\p{M}\p{So}_\-])");
     const QString rest = QStringLiteral(R"([a-z0-9\x{00C0}-\x{024F}\x{0300}-\x{036F}\x{0400}-\x{04FF}\x{1E00}-\x{1EFF})"
                                         R"(!*';:=+,.$/%#\[\]\-\x{2013}_~&|@()?])");
-    const QString schemePart = scheme == UrlFinder::Scheme::required ? QStringLiteral("(https?://)") : QStringLiteral("(https?://)?");
-    return QRegularExpression(QStringLiteral("(?<!") + label + QStringLiteral(")") + schemePart + QStringLiteral("((?:") + label + QStringLiteral("++\\.)+") + label
+    // A scheme may follow any character but an ASCII letter or digit (matched case-sensitively:
+    // the Kelvin sign folds to k); a bare host no label character.
+    const QString noAsciiBefore = QStringLiteral("(?-i:(?<![a-zA-Z0-9]))");
+    const QString schemePart = scheme == UrlFinder::Scheme::required
+                                   ? QString(noAsciiBefore + QStringLiteral("(https?://)"))
+                                   : QString(QStringLiteral("(?:") + noAsciiBefore + QStringLiteral("(https?://)|(?<!") + label + QStringLiteral(")(?!https?://))"));
+    return QRegularExpression(schemePart + QStringLiteral("((?:") + label + QStringLiteral("++\\.)+") + label
                                   + QStringLiteral("++)(:[0-9]{1,5})?([/?#]") + rest + QStringLiteral("*+)?"),
                               QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
 }
@@ -152,7 +157,7 @@ TEST(LinkScanningTest, BlueskyRewritesLinksAsItsClientDoes)
 // Mastodon's count with remote mentions as it defines them (no links in these texts).
 qsizetype referenceMastodonLength(const QString& text)
 {
-    static const QRegularExpression mention(QStringLiteral(R"((?<![=/\w])@([a-z0-9_]+(?:[.-]+[a-z0-9_]+)*)@\w+(?:[.-]+\w+)*)"),
+    static const QRegularExpression mention(QStringLiteral(R"((?<![=/\w])@([a-z0-9_]++(?:[.-]++[a-z0-9_]++)*+)@\w++(?:[.-]++\w++)*+(?!@|://))"),
                                             QRegularExpression::CaseInsensitiveOption
                                                 | QRegularExpression::UseUnicodePropertiesOption);
     QString countable;
@@ -170,7 +175,7 @@ TEST(LinkScanningTest, MastodonShortensRemoteMentionsAsItDefinesThem)
 {
     RandomText texts({QStringLiteral("@"), QStringLiteral("@"), QStringLiteral("a"), QStringLiteral("B"), QStringLiteral("_"), QStringLiteral("1"), QStringLiteral("."), QStringLiteral("-"), QStringLiteral(".-"), QStringLiteral("="), QStringLiteral("/"),
                       QStringLiteral("\u00E9"), QStringLiteral("\u042F"), QStringLiteral("\u212A"), QStringLiteral("\u017F"), QStringLiteral(" "), QStringLiteral("\n"), QStringLiteral("\U0001F600"),
-                      QStringLiteral("\u0301"), QStringLiteral("\U0001D7D8"), QStringLiteral("x.y")});
+                      QStringLiteral("\u0301"), QStringLiteral("\U0001D7D8"), QStringLiteral("x.y"), QStringLiteral("://"), QStringLiteral(":")});
     for (int round = 0; round < Rounds; ++round) {
         const QString text = texts.next(16);
         ASSERT_EQ(MastodonCharacterCounter::length(text), referenceMastodonLength(text)) << qPrintable(escaped(text));

@@ -1,4 +1,6 @@
+#include "support/random_text.h"
 #include "text/graphemes.h"
+#include "text/platform_character_counter.h"
 #include "text/text_splitter.h"
 
 #include <gtest/gtest.h>
@@ -95,5 +97,98 @@ TEST(TextSplitterTest, TenMegabytesWithoutASpaceTerminates)
     ASSERT_EQ(pieces.size(), (text.size() + 279) / 280);
     EXPECT_EQ(pieces.first().size(), 280);
     EXPECT_EQ(pieces.join(QString()), text);
+}
+// Every cut of a split lies on a cluster boundary of the whole text, so each piece is valid
+// text (no half of a surrogate pair) and holds whole clusters.
+void expectCutsOnBoundaries(const QString& text, const QStringList& pieces)
+{
+    const QList<qsizetype> ends = Graphemes::clusterEnds(text);
+    qsizetype at = 0;
+    for (const QString& piece : pieces) {
+        ASSERT_FALSE(piece.isEmpty());
+        at += piece.size();
+        ASSERT_TRUE(ends.contains(at)) << "cut at " << at << " in " << qPrintable(text);
+    }
+    ASSERT_EQ(at, text.size());
+}
+
+RandomText mixedScripts()
+{
+    return RandomText({
+        QStringLiteral("สวัสดี"), QStringLiteral("ครับ"), QStringLiteral("हिन्दी"), QStringLiteral("क्ष"), QStringLiteral("নমস্কার"),
+        QStringLiteral("日本語"), QStringLiteral("한국어"), QStringLiteral("\u1100\u1161\u11A8"), QStringLiteral("word"), QStringLiteral(" "),
+        QStringLiteral("\n"), QStringLiteral("\r\n"), QStringLiteral("\U0001F389"), QStringLiteral("\U0001F600"), QStringLiteral("\U0001F1E7\U0001F1F4"),
+        QStringLiteral("\U0001F1E7"), QStringLiteral("\U0001F44D\U0001F3FD"), Family, QStringLiteral("e\u0301"), QStringLiteral("\u0301"),
+        QStringLiteral("\u0600"), QStringLiteral("https://example.com/path"), QStringLiteral("x.ai"), QStringLiteral("@ada@example.social"),
+        QStringLiteral("\u200D"), QStringLiteral("\uFE0F"), QString(QChar(0xD83D)), QString(QChar(0xDC00)),
+    });
+}
+
+TEST(TextSplitterTest, EveryPieceOfGeneratedTextsIsWholeClustersWithinTheLimit)
+{
+    RandomText texts = mixedScripts();
+    for (int round = 0; round < 3000; ++round) {
+        const QString text = texts.next(120);
+        const qsizetype limit = 1 + round % 97;
+        const QStringList pieces = TextSplitter::chunk(text, limit);
+        SCOPED_TRACE(qPrintable(text));
+        expectCutsOnBoundaries(text, pieces);
+        for (const QString& piece : pieces)
+            ASSERT_LE(Graphemes::count(piece), limit);
+    }
+}
+
+TEST(TextSplitterTest, PiecesForNetworksFitEveryNetworkChosen)
+{
+    const QList<QList<PlatformType>> choices = {
+        {PlatformType::x},
+        {PlatformType::bluesky},
+        {PlatformType::mastodon},
+        {PlatformType::x, PlatformType::bluesky, PlatformType::mastodon},
+    };
+    RandomText texts = mixedScripts();
+    for (int round = 0; round < 400; ++round) {
+        const QString text = texts.next(400);
+        const QList<PlatformType>& networks = choices.at(round % choices.size());
+        const QStringList pieces = TextSplitter::splitFor(text, networks, 120, 280);
+        SCOPED_TRACE(qPrintable(text));
+        expectCutsOnBoundaries(text, pieces);
+        for (const QString& piece : pieces) {
+            if (Graphemes::count(piece) > 1) {
+                ASSERT_TRUE(TextSplitter::fitsAll(piece, networks, 120)) << qPrintable(piece);
+            }
+        }
+    }
+}
+
+TEST(TextSplitterTest, CutsWhereEachNetworkRunsOut)
+{
+    // CJK weighs 2 on X, so 140 characters fill a post there.
+    const QString cjk = QString(400, QChar(0x65E5));
+    const QStringList forX = TextSplitter::splitFor(cjk, {PlatformType::x}, 500, 280);
+    EXPECT_EQ(forX.first().size(), 140);
+    // A family emoji takes 25 bytes: Bluesky's 3,000 bytes run out before its 300 characters.
+    const QString families = Family.repeated(280);
+    const QStringList forBluesky = TextSplitter::splitFor(families, {PlatformType::bluesky}, 500, 280);
+    EXPECT_EQ(forBluesky.first(), Family.repeated(120));
+    // Without networks, the plain rule.
+    EXPECT_EQ(TextSplitter::splitFor(cjk, {}, 500, 280).first().size(), 280);
+    // Separators stay the user's breaks.
+    const QString text = QStringLiteral("one") + TextSplitter::Separator + QStringLiteral("two");
+    EXPECT_EQ(TextSplitter::splitFor(text, {PlatformType::x}, 500, 280), QStringList({QStringLiteral("one"), QStringLiteral("two")}));
+}
+
+TEST(TextSplitterTest, KeepsSurrogatePairsAndFlagsWhole)
+{
+    const QString thai = QStringLiteral("สวัสดีครับ ").repeated(30) + QStringLiteral("\U0001F389");
+    for (const QString& text : {thai, QString(QStringLiteral("\U0001F600\U0001F1E7\U0001F1F4")).repeated(187)}) {
+        const QStringList pieces = TextSplitter::split(text, 280);
+        expectCutsOnBoundaries(text, pieces);
+        for (const QString& piece : pieces) {
+            EXPECT_FALSE(piece.back().isHighSurrogate());
+            EXPECT_FALSE(piece.front().isLowSurrogate());
+            EXPECT_FALSE(piece.startsWith(QStringLiteral("\U0001F1F4")));
+        }
+    }
 }
 } // namespace
