@@ -74,9 +74,11 @@ bool isValidHost(QStringView host, bool hasScheme, bool hasPath)
     if (hasScheme || kind == TopLevelDomains::Kind::generic)
         return true;
     // A bare "name.cc" is too often a file name or a typo; X links it only with a path or a
-    // sub-domain, except on the short-link domains it knows.
-    const bool shortLinkTld = tld.compare(u"co", Qt::CaseInsensitive) == 0
-                              || tld.compare(u"tv", Qt::CaseInsensitive) == 0;
+    // sub-domain, except on the country domains it links bare: the short-link ones (t.co,
+    // twitch.tv) and the two the tech world uses as generic ones (x.ai, github.io).
+    static const std::array<QStringView, 4> bareCountryDomains = {u"co", u"tv", u"ai", u"io"};
+    const bool shortLinkTld = std::any_of(bareCountryDomains.begin(), bareCountryDomains.end(),
+                                          [&](QStringView known) { return tld.compare(known, Qt::CaseInsensitive) == 0; });
     return labels.size() > 2 || hasPath || shortLinkTld;
 }
 

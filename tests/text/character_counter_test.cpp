@@ -93,6 +93,8 @@ TEST(XCharacterCounterTest, LinkBoundaries)
         {"unknown ending with scheme", QStringLiteral("https://file.txt"), 16},
         {"a private name is no domain", QStringLiteral("https://intranet.corp/wiki"), 26},
         {"newer generic domains", QStringLiteral("example.zip x.app"), 23 + 1 + 23},
+        {"bare country domains X links", QStringLiteral("x.ai github.io t.co MLB.tv"), 4 * 23 + 3},
+        {"bare country domains X leaves as text", QStringLiteral("twitter.jp it.so foo.jp"), 23},
         {"a domain right after CJK text", QStringLiteral("日本語example.com/a"), 6 + 23},
         {"a link right after CJK text", QStringLiteral("日本語https://example.com/a"), 6 + 23},
         {"a scheme after a Latin letter is no link start", QStringLiteral("xhttps://example.com"), 20},
