@@ -25,6 +25,9 @@
 #include <QLoggingCategory>
 #include <QThread>
 
+#include <time.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <vector>
@@ -92,34 +95,60 @@ struct Schedule {
     QList<QUuid> due;
 };
 
-double timePass(SchedulerLoop& loop)
+double threadCpuMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+struct PassTime {
+    double wallMs = 0;
+    // The main thread's own work; the rest of the wall time it waited, mostly for the
+    // file system to take the small delivery records.
+    double cpuMs = 0;
+};
+
+PassTime timePass(SchedulerLoop& loop)
 {
     QElapsedTimer timer;
+    const double cpuStart = threadCpuMs();
     timer.start();
     waitForTask(loop.checkScheduledPosts());
-    return double(timer.nsecsElapsed()) / 1e6;
+    return {double(timer.nsecsElapsed()) / 1e6, threadCpuMs() - cpuStart};
 }
 
 void benchPasses()
 {
     Schedule schedule;
     std::vector<double> busy;
+    std::vector<double> busyCpu;
     for (int round = 0; round < 5; ++round) {
-        for (const QUuid& id : schedule.due)
+        // Due again and never delivered, so every round publishes all ten.
+        for (const QUuid& id : schedule.due) {
+            schedule.deliveries.remove(id);
             schedule.store.updateStatus(id, PostStatus::queued, std::nullopt);
+        }
         schedule.store.waitForPendingSaves();
-        busy.push_back(timePass(schedule.loop));
+        // The document rewritten just now would still be on its way to the disk, and the
+        // pass's small record writes would queue behind it; an instance's previous save
+        // happened a minute earlier.
+        ::sync();
+        const PassTime pass = timePass(schedule.loop);
+        busy.push_back(pass.wallMs);
+        busyCpu.push_back(pass.cpuMs);
     }
     schedule.store.waitForPendingSaves();
     const QString document = schedule.preferences.dataPath(QStringLiteral("scheduledPosts"));
     const QDateTime before = QFileInfo(document).lastModified();
     std::vector<double> quiet;
     for (int round = 0; round < 5; ++round)
-        quiet.push_back(timePass(schedule.loop));
+        quiet.push_back(timePass(schedule.loop).wallMs);
     schedule.store.waitForPendingSaves();
     const bool rewritten = QFileInfo(document).lastModified() != before;
-    std::printf("Check pass, %d stored posts, %d due (publishers answer at once): median %.2f ms (target < 5 ms)\n", kPosts,
-                kDue, median(busy));
+    std::printf("Check pass, %d stored posts, %d due (publishers answer at once): median %.2f ms, of which main-thread "
+                "CPU %.2f ms (target < 5 ms)\n",
+                kPosts, kDue, median(busy), median(busyCpu));
     std::printf("Check pass, %d stored posts, none due: median %.2f ms; stored list rewritten: %s\n", kPosts, median(quiet),
                 rewritten ? "yes" : "no");
 }

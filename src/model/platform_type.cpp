@@ -42,12 +42,14 @@ QString displayName(PlatformType platform)
 
 std::optional<PlatformType> platformTypeFromName(QStringView name)
 {
-    const QString folded = name.trimmed().toString().toLower();
-    if (folded == u"x" || folded == u"x.com" || folded == u"twitter")
+    // Compared in place: stored posts are evaluated by the thousand.
+    const QStringView trimmed = name.trimmed();
+    const auto is = [trimmed](QStringView known) { return trimmed.compare(known, Qt::CaseInsensitive) == 0; };
+    if (is(u"x") || is(u"x.com") || is(u"twitter"))
         return PlatformType::x;
-    if (folded == u"bluesky" || folded == u"bsky")
+    if (is(u"bluesky") || is(u"bsky"))
         return PlatformType::bluesky;
-    if (folded == u"mastodon")
+    if (is(u"mastodon"))
         return PlatformType::mastodon;
     return std::nullopt;
 }

@@ -60,10 +60,9 @@ SchedulerLoop::SchedulerLoop(SchedulerService& store, AccountManager& accounts, 
         m_publishers.clear();
         m_liveCount.reset();
     });
-    connect(&m_store, &SchedulerService::scheduledPostsDidUpdate, this, [this] {
-        m_liveCount.reset();
-        checkSoonIfDue();
-    });
+    connect(&m_store, &SchedulerService::scheduledPostsReplaced, this, [this] { m_liveCount.reset(); });
+    connect(&m_store, &SchedulerService::scheduledPostChanged, this, &SchedulerLoop::recount);
+    connect(&m_store, &SchedulerService::scheduledPostsDidUpdate, this, &SchedulerLoop::checkSoonIfDue);
 }
 
 void SchedulerLoop::checkSoonIfDue()
@@ -131,8 +130,7 @@ bool SchedulerLoop::hasLiveDestination(const ScheduledPost& post) const
 {
     const QList<PlatformType> enabled = m_accounts.enabledPlatforms();
     const AccountSelection selection(m_accounts.accounts(), enabled);
-    const QList<AccountSelection::Decision> decisions = selection.evaluate(post);
-    return std::any_of(decisions.cbegin(), decisions.cend(), [](const auto& decision) { return decision.included; });
+    return selection.reachesAny(post);
 }
 
 int SchedulerLoop::countWithLiveDestinations()
@@ -141,15 +139,28 @@ int SchedulerLoop::countWithLiveDestinations()
         return *m_liveCount;
     const QList<PlatformType> enabled = m_accounts.enabledPlatforms();
     const AccountSelection selection(m_accounts.accounts(), enabled);
-    int count = 0;
+    m_liveIds.clear();
     for (const ScheduledPost& post : m_store.scheduledPosts()) {
-        if (post.status != PostStatus::queued)
-            continue;
-        const QList<AccountSelection::Decision> decisions = selection.evaluate(post);
-        count += std::any_of(decisions.cbegin(), decisions.cend(), [](const auto& decision) { return decision.included; }) ? 1 : 0;
+        if (post.status == PostStatus::queued && selection.reachesAny(post))
+            m_liveIds.insert(post.id);
     }
-    m_liveCount = count;
-    return count;
+    m_liveCount = int(m_liveIds.size());
+    return *m_liveCount;
+}
+
+void SchedulerLoop::recount(const QUuid& id)
+{
+    if (!m_liveCount)
+        return;
+    const std::optional<ScheduledPost> post = m_store.scheduledPost(id);
+    const bool live = post && post->status == PostStatus::queued && hasLiveDestination(*post);
+    if (live == m_liveIds.contains(id))
+        return;
+    if (live)
+        m_liveIds.insert(id);
+    else
+        m_liveIds.remove(id);
+    m_liveCount = int(m_liveIds.size());
 }
 
 QCoro::Task<void> SchedulerLoop::checkScheduledPosts()

@@ -4,6 +4,7 @@
 #include "scheduling/publish_result.h"
 
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <qcoro/qcorotask.h>
@@ -61,6 +62,8 @@ private:
     // waiting for the next minute.
     void checkSoonIfDue();
     int countWithLiveDestinations();
+    // Keeps the count right after one post changed, without counting every post again.
+    void recount(const QUuid& id);
     bool hasLiveDestination(const ScheduledPost& post) const;
     bool markProcessing(const ScheduledPost& post);
     QCoro::Task<void> process(ScheduledPost post);
@@ -79,7 +82,8 @@ private:
     bool m_running = false;
     bool m_aligned = false;
     bool m_checking = false;
-    // The number of posts with a live destination, counted again only after the posts or
-    // the accounts changed: a pass over a large schedule with nothing due stays cheap.
+    // The posts with a live destination, counted again in full only after the list was
+    // replaced or the accounts changed; a change to one post updates them.
     std::optional<int> m_liveCount;
+    QSet<QUuid> m_liveIds;
 };

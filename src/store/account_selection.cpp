@@ -1,13 +1,41 @@
 #include "store/account_selection.h"
 
+#include <algorithm>
+
 namespace {
 
-AccountSelection::Decision decision(bool included, const char* reason)
+using Outcome = AccountSelection::Outcome;
+
+bool isIncluded(Outcome outcome)
 {
-    AccountSelection::Decision result;
-    result.included = included;
-    result.reason = QString::fromUtf8(reason);
-    return result;
+    switch (outcome) {
+    case Outcome::storedAccounts:
+    case Outcome::defaultAccount:
+    case Outcome::fallbackAccounts:
+    case Outcome::enabledAccounts:
+    case Outcome::chosenAccount:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QString reasonText(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::unknownPlatform: return QStringLiteral("filtered out: unknown platform");
+    case Outcome::platformDisabled: return QStringLiteral("filtered out: platform type not enabled");
+    case Outcome::storedAccounts: return QStringLiteral("included: has stored enabled accounts");
+    case Outcome::defaultAccount: return QStringLiteral("included: default account is enabled");
+    case Outcome::defaultDisabled: return QStringLiteral("filtered out: default account is disabled");
+    case Outcome::fallbackAccounts: return QStringLiteral("included: has enabled accounts (fallback)");
+    case Outcome::noFallbackAccounts: return QStringLiteral("filtered out: no enabled accounts (fallback)");
+    case Outcome::enabledAccounts: return QStringLiteral("included: has enabled accounts");
+    case Outcome::noEnabledAccounts: return QStringLiteral("filtered out: no enabled accounts");
+    case Outcome::chosenAccount: return QStringLiteral("included: has enabled account");
+    case Outcome::noChosenAccount: return QStringLiteral("filtered out: no enabled account found");
+    }
+    return {};
 }
 
 } // namespace
@@ -37,6 +65,23 @@ const SocialAccount* AccountSelection::defaultAccount(PlatformType platform) con
     return nullptr;
 }
 
+bool AccountSelection::anyEnabled(PlatformType platform) const
+{
+    return std::any_of(m_accounts.cbegin(), m_accounts.cend(), [platform](const SocialAccount& account) {
+        return account.platform == platform && account.isEnabled;
+    });
+}
+
+bool AccountSelection::anyStoredEnabled(const ScheduledPost& post, PlatformType platform) const
+{
+    const auto stored = post.accountIds.constFind(platform);
+    if (stored == post.accountIds.cend())
+        return false;
+    return std::any_of(m_accounts.cbegin(), m_accounts.cend(), [&](const SocialAccount& account) {
+        return account.platform == platform && account.isEnabled && stored->contains(account.id);
+    });
+}
+
 // The accounts the post lists for the platform that still exist, are enabled and
 // belong to that platform, in the post's order.
 QList<SocialAccount> AccountSelection::storedEnabledAccounts(const ScheduledPost& post, PlatformType platform) const
@@ -53,43 +98,45 @@ QList<SocialAccount> AccountSelection::storedEnabledAccounts(const ScheduledPost
     return result;
 }
 
+AccountSelection::Outcome AccountSelection::outcome(const ScheduledPost& post, std::optional<PlatformType> platform) const
+{
+    if (!platform)
+        return Outcome::unknownPlatform;
+    if (!m_enabledPlatforms.contains(*platform))
+        return Outcome::platformDisabled;
+    switch (post.modeFor(*platform)) {
+    case ScheduledPostingMode::defaults:
+        if (anyStoredEnabled(post, *platform))
+            return Outcome::storedAccounts;
+        if (const SocialAccount* fallback = defaultAccount(*platform)) {
+            // A disabled default is not replaced by another account.
+            return fallback->isEnabled ? Outcome::defaultAccount : Outcome::defaultDisabled;
+        }
+        return anyEnabled(*platform) ? Outcome::fallbackAccounts : Outcome::noFallbackAccounts;
+    case ScheduledPostingMode::allEnabled:
+        return anyEnabled(*platform) ? Outcome::enabledAccounts : Outcome::noEnabledAccounts;
+    case ScheduledPostingMode::specific:
+        return anyStoredEnabled(post, *platform) ? Outcome::chosenAccount : Outcome::noChosenAccount;
+    }
+    return Outcome::noEnabledAccounts;
+}
+
 AccountSelection::Decision AccountSelection::evaluate(const ScheduledPost& post, const QString& platformName) const
 {
-    const auto platform = platformTypeFromName(platformName);
     Decision result;
-    if (!platform) {
-        result = decision(false, "filtered out: unknown platform");
-    } else if (!m_enabledPlatforms.contains(*platform)) {
-        result = decision(false, "filtered out: platform type not enabled");
-    } else {
-        switch (post.modeFor(*platform)) {
-        case ScheduledPostingMode::defaults:
-            if (!storedEnabledAccounts(post, *platform).isEmpty()) {
-                result = decision(true, "included: has stored enabled accounts");
-            } else if (const SocialAccount* fallback = defaultAccount(*platform)) {
-                // A disabled default is not replaced by another account.
-                result = fallback->isEnabled ? decision(true, "included: default account is enabled")
-                                             : decision(false, "filtered out: default account is disabled");
-            } else {
-                result = enabledAccounts(*platform).isEmpty()
-                    ? decision(false, "filtered out: no enabled accounts (fallback)")
-                    : decision(true, "included: has enabled accounts (fallback)");
-            }
-            break;
-        case ScheduledPostingMode::allEnabled:
-            result = enabledAccounts(*platform).isEmpty() ? decision(false, "filtered out: no enabled accounts")
-                                                           : decision(true, "included: has enabled accounts");
-            break;
-        case ScheduledPostingMode::specific:
-            result = storedEnabledAccounts(post, *platform).isEmpty()
-                ? decision(false, "filtered out: no enabled account found")
-                : decision(true, "included: has enabled account");
-            break;
-        }
-    }
     result.platformName = platformName;
-    result.platform = platform;
+    result.platform = platformTypeFromName(platformName);
+    const Outcome reached = outcome(post, result.platform);
+    result.included = isIncluded(reached);
+    result.reason = reasonText(reached);
     return result;
+}
+
+bool AccountSelection::reachesAny(const ScheduledPost& post) const
+{
+    return std::any_of(post.platforms.cbegin(), post.platforms.cend(), [&](const QString& name) {
+        return isIncluded(outcome(post, platformTypeFromName(name)));
+    });
 }
 
 QList<AccountSelection::Decision> AccountSelection::evaluate(const ScheduledPost& post) const

@@ -21,17 +21,38 @@ public:
         QString reason;
     };
 
+    // Why a platform of a post is or is not published to.
+    enum class Outcome {
+        unknownPlatform,
+        platformDisabled,
+        storedAccounts,
+        defaultAccount,
+        defaultDisabled,
+        fallbackAccounts,
+        noFallbackAccounts,
+        enabledAccounts,
+        noEnabledAccounts,
+        chosenAccount,
+        noChosenAccount,
+    };
+
     AccountSelection(const QList<SocialAccount>& accounts, const QList<PlatformType>& enabledPlatforms);
 
     // One decision per name in post.platforms, in order.
     QList<Decision> evaluate(const ScheduledPost& post) const;
     Decision evaluate(const ScheduledPost& post, const QString& platformName) const;
+    // Whether any platform of the post is included: evaluate() without the texts, for
+    // passes over every stored post.
+    bool reachesAny(const ScheduledPost& post) const;
 
     // The concrete accounts the post is published through on one platform.
     QList<SocialAccount> accountsFor(const ScheduledPost& post, PlatformType platform) const;
 
 private:
+    Outcome outcome(const ScheduledPost& post, std::optional<PlatformType> platform) const;
     QList<SocialAccount> enabledAccounts(PlatformType platform) const;
+    bool anyEnabled(PlatformType platform) const;
+    bool anyStoredEnabled(const ScheduledPost& post, PlatformType platform) const;
     const SocialAccount* defaultAccount(PlatformType platform) const;
     QList<SocialAccount> storedEnabledAccounts(const ScheduledPost& post, PlatformType platform) const;
 

@@ -46,8 +46,9 @@ bool DeliveryRecordStore::save(const DeliveryRecord& record) const
     const QString path = pathOf(record.scheduledPostId);
     QFile file(path + QStringLiteral(".new"));
     const QByteArray bytes = QByteArray::fromStdString(record.toJson().dump());
-    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size()
-        && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    // Created user-only: the record names the accounts the thread went to.
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate, QFileDevice::ReadOwner | QFileDevice::WriteOwner)
+        && file.write(bytes) == bytes.size();
     file.close();
     if (!written || std::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(path).constData()) != 0) {
         qCWarning(lcStore).noquote() << "❌ Cannot write the delivery record" << path << ":" << file.errorString();

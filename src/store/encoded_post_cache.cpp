@@ -4,29 +4,29 @@
 
 namespace {
 
-EncodedPostCache::Slot emptySlot()
+EncodedPostCache::Slot slotFor(const ScheduledPost& post)
 {
-    return std::make_shared<QByteArray>();
+    return std::make_shared<EncodedPostCache::Entry>(EncodedPostCache::Entry{post, {}});
 }
 
 } // namespace
 
-void EncodedPostCache::reset(qsizetype count)
+void EncodedPostCache::reset(const QList<ScheduledPost>& posts)
 {
     m_slots.clear();
-    m_slots.reserve(count);
-    for (qsizetype i = 0; i < count; ++i)
-        m_slots.append(emptySlot());
+    m_slots.reserve(posts.size());
+    for (const ScheduledPost& post : posts)
+        m_slots.append(slotFor(post));
 }
 
-void EncodedPostCache::append()
+void EncodedPostCache::append(const ScheduledPost& post)
 {
-    m_slots.append(emptySlot());
+    m_slots.append(slotFor(post));
 }
 
-void EncodedPostCache::replace(qsizetype index)
+void EncodedPostCache::replace(qsizetype index, const ScheduledPost& post)
 {
-    m_slots[index] = emptySlot();
+    m_slots[index] = slotFor(post);
 }
 
 void EncodedPostCache::remove(qsizetype index)
@@ -34,19 +34,18 @@ void EncodedPostCache::remove(qsizetype index)
     m_slots.removeAt(index);
 }
 
-void EncodedPostCache::fill(const QList<ScheduledPost>& posts, const QList<Slot>& slots)
+void EncodedPostCache::fill(const QList<Slot>& slots)
 {
-    Q_ASSERT(posts.size() == slots.size());
-    for (qsizetype i = 0; i < posts.size(); ++i) {
-        QByteArray& text = *slots[i];
-        if (!text.isEmpty())
+    for (const Slot& slot : slots) {
+        if (!slot->post)
             continue;
         JsonWriter writer(JsonLayout::compact);
-        posts[i].write(writer);
+        slot->post->write(writer);
         // A copy of exactly the text's size: the writer's buffer has room to spare,
         // and a large schedule keeps thousands of these.
         const std::string_view encoded = writer.text();
-        text = QByteArray(encoded.data(), static_cast<qsizetype>(encoded.size()));
+        slot->text = QByteArray(encoded.data(), static_cast<qsizetype>(encoded.size()));
+        slot->post.reset();
     }
 }
 
@@ -55,7 +54,7 @@ bool EncodedPostCache::write(const QList<Slot>& slots, QIODevice& device)
     JsonWriter writer(device, JsonLayout::compact);
     writer.beginArray();
     for (const Slot& slot : slots)
-        writer.encoded({slot->constData(), static_cast<size_t>(slot->size())});
+        writer.encoded({slot->text.constData(), static_cast<size_t>(slot->text.size())});
     writer.endArray();
     return writer.finish();
 }

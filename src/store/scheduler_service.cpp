@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QMutexLocker>
+#include <QScopeGuard>
 #include <QSaveFile>
 
 SchedulerService::SchedulerService(PreferenceStore& store, QObject* parent)
@@ -20,6 +21,7 @@ SchedulerService::SchedulerService(PreferenceStore& store, QObject* parent)
 
 SchedulerService::~SchedulerService()
 {
+    flushQueuedSave();
     m_saver.waitForDone();
 }
 
@@ -40,13 +42,14 @@ qsizetype SchedulerService::indexOf(const QUuid& id) const
 
 void SchedulerService::loadPosts()
 {
+    const auto announce = qScopeGuard([this] { Q_EMIT scheduledPostsReplaced(); });
     m_posts.clear();
-    m_encoded.reset(0);
+    m_encoded.reset({});
     m_unreadable = false;
     try {
         const bool stored = m_store.readData(PreferenceKeys::ScheduledPosts, [this](const QByteArray& document) {
             m_posts = ScheduledPost::decodeList(document);
-            m_encoded.reset(m_posts.size());
+            m_encoded.reset(m_posts);
         });
         if (!stored) {
             qCInfo(lcStore).noquote() << QStringLiteral("📊 No data found in UserDefaults");
@@ -82,6 +85,8 @@ bool SchedulerService::writeIfLatest(quint64 generation, const std::function<boo
 
 bool SchedulerService::savePosts(const QList<ScheduledPost>& posts)
 {
+    // As with the background saves already started, changes not yet saved are superseded.
+    m_saveQueued = false;
     const quint64 generation = ++m_generation;
     try {
         const auto write = [&posts](QIODevice& device) {
@@ -98,33 +103,30 @@ bool SchedulerService::savePosts(const QList<ScheduledPost>& posts)
 
 void SchedulerService::savePostsAsync()
 {
+    m_saveQueued = false;
     const quint64 generation = ++m_generation;
-    // QList shares its data: taking the snapshot costs no copy of the posts.
-    QList<ScheduledPost> snapshot = m_posts;
+    // The slots hold what the saver needs: the list itself stays the main thread's own.
     QList<EncodedPostCache::Slot> slots = m_encoded.snapshot();
-    Q_ASSERT(snapshot.size() == slots.size());
     {
         const QMutexLocker lock(&m_pendingMutex);
         ++m_pendingSaves;
     }
-    m_saver.start([this, snapshot = std::move(snapshot), slots = std::move(slots), generation]() mutable {
-        saveSnapshot(snapshot, slots, generation);
-        // Let go of the shared list before waking a waiter: a change made while the
-        // snapshot still shared it would copy every post.
-        snapshot = {};
+    m_saver.start([this, slots = std::move(slots), generation]() mutable {
+        saveSnapshot(slots, generation);
+        // Let go of the shared slots before waking a waiter: a change made while the
+        // snapshot still shared them would copy the whole list.
         slots = {};
         saveFinished();
     });
 }
 
-void SchedulerService::saveSnapshot(const QList<ScheduledPost>& posts, const QList<EncodedPostCache::Slot>& slots,
-                                    quint64 generation)
+void SchedulerService::saveSnapshot(const QList<EncodedPostCache::Slot>& slots, quint64 generation)
 {
     if (generation != m_generation.load())
         return; // a newer save is queued; skip the wasted encoding
     try {
         // Only entries changed since the last save are encoded; the rest is joined.
-        EncodedPostCache::fill(posts, slots);
+        EncodedPostCache::fill(slots);
         const auto write = [&slots](QIODevice& device) { return EncodedPostCache::write(slots, device); };
         if (writeIfLatest(generation, write)) {
             m_saveFailed = false;
@@ -148,15 +150,39 @@ void SchedulerService::saveFinished()
 
 void SchedulerService::waitForPendingSaves()
 {
+    flushQueuedSave();
     QMutexLocker lock(&m_pendingMutex);
     while (m_pendingSaves > 0)
         m_savesDone.wait(&m_pendingMutex);
 }
 
-void SchedulerService::changed()
+void SchedulerService::changed(const QUuid& id)
 {
-    savePostsAsync();
+    Q_EMIT scheduledPostChanged(id);
+    saveAndAnnounce();
+}
+
+void SchedulerService::replaced()
+{
+    Q_EMIT scheduledPostsReplaced();
+    saveAndAnnounce();
+}
+
+void SchedulerService::saveAndAnnounce()
+{
+    // One save for all the changes made before control returns to the event loop: a
+    // check pass that marks and publishes several posts writes the document once.
+    if (!m_saveQueued) {
+        m_saveQueued = true;
+        QMetaObject::invokeMethod(this, &SchedulerService::flushQueuedSave, Qt::QueuedConnection);
+    }
     Q_EMIT scheduledPostsDidUpdate();
+}
+
+void SchedulerService::flushQueuedSave()
+{
+    if (m_saveQueued)
+        savePostsAsync();
 }
 
 QUuid SchedulerService::addOrUpdate(const ScheduledPost& post, const std::optional<QUuid>& editingId)
@@ -166,9 +192,9 @@ QUuid SchedulerService::addOrUpdate(const ScheduledPost& post, const std::option
     if (index >= 0) {
         stored.id = *editingId;
         m_posts[index] = stored;
-        m_encoded.replace(index);
+        m_encoded.replace(index, stored);
         qCInfo(lcStore).noquote() << QStringLiteral("✅ Updated scheduled post");
-        changed();
+        changed(stored.id);
         return stored.id;
     }
     if (editingId)
@@ -178,9 +204,9 @@ QUuid SchedulerService::addOrUpdate(const ScheduledPost& post, const std::option
     qCInfo(lcStore).noquote() << QStringLiteral("💾 Created ScheduledPost with ID: ")
             + stored.id.toString(QUuid::WithoutBraces).toUpper();
     m_posts.append(stored);
-    m_encoded.append();
+    m_encoded.append(stored);
     qCInfo(lcStore).noquote() << QStringLiteral("✅ Added post to scheduler");
-    changed();
+    changed(stored.id);
     return stored.id;
 }
 
@@ -191,15 +217,15 @@ bool SchedulerService::deletePost(const QUuid& id)
         return false;
     m_posts.removeAt(index);
     m_encoded.remove(index);
-    changed();
+    changed(id);
     return true;
 }
 
 void SchedulerService::clearAll()
 {
     m_posts.clear();
-    m_encoded.reset(0);
-    changed();
+    m_encoded.reset({});
+    replaced();
     qCInfo(lcStore).noquote() << QStringLiteral("All scheduled posts cleared.");
 }
 
@@ -210,8 +236,8 @@ bool SchedulerService::updateStatus(const QUuid& id, PostStatus status, const st
         return false;
     m_posts[index].status = status;
     m_posts[index].error = error;
-    m_encoded.replace(index);
-    changed();
+    m_encoded.replace(index, m_posts[index]);
+    changed(id);
     return true;
 }
 

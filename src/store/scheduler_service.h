@@ -41,8 +41,11 @@ public:
     bool savePosts(const QList<ScheduledPost>& posts);
     // Saves a snapshot of the in-memory list from a background task. Of several saves
     // in flight the latest wins; an older snapshot never replaces a newer document.
+    // Changes made through this class are saved so once control is back in the event
+    // loop (or at the latest by waitForPendingSaves).
     void savePostsAsync();
-    // Blocks until every background save has finished (shutdown, tests).
+    // Starts the save of changes not yet saved, then blocks until every background save
+    // has finished (shutdown, a client's sync request, tests).
     void waitForPendingSaves();
     // False while the newest background save failed (the stored document is older than
     // the list); the next successful save clears it.
@@ -69,14 +72,22 @@ public:
     void importFile(const QString& filePath);
 
 Q_SIGNALS:
-    // "scheduledPostsDidUpdate": the list changed.
+    // "scheduledPostsDidUpdate": the list changed. Comes after scheduledPostChanged or
+    // scheduledPostsReplaced, which say how.
     void scheduledPostsDidUpdate();
+    // One entry was added, changed or removed (then it is no longer found).
+    void scheduledPostChanged(const QUuid& id);
+    // The whole list was loaded, replaced or cleared.
+    void scheduledPostsReplaced();
 
 private:
-    void changed();
+    void changed(const QUuid& id);
+    void replaced();
+    void saveAndAnnounce();
+    // Saves now when a change is still waiting for its save.
+    void flushQueuedSave();
     // Saver thread: writes one background snapshot.
-    void saveSnapshot(const QList<ScheduledPost>& posts, const QList<EncodedPostCache::Slot>& slots,
-                      quint64 generation);
+    void saveSnapshot(const QList<EncodedPostCache::Slot>& slots, quint64 generation);
     void saveFinished();
     qsizetype indexOf(const QUuid& id) const;
     // Writes the document unless a newer save has been requested since; throws
@@ -96,6 +107,8 @@ private:
     // copy of it before replacing it.
     std::atomic<bool> m_unreadable{false};
     QMutex m_writeMutex;
+    // A change waits for its save to start from the event loop.
+    bool m_saveQueued = false;
     // Saves queued or running. Waiting on this rather than on the pool keeps its thread
     // alive between saves (QThreadPool::waitForDone ends its threads).
     int m_pendingSaves = 0;

@@ -9,6 +9,7 @@
 #include "store/delivery_record_store.h"
 #include "store/scheduler_service.h"
 #include "support/coro_wait.h"
+#include "support/log_capture.h"
 #include "support/manual_clock.h"
 #include "support/temp_home.h"
 #include "scheduling_fakes.h"
@@ -171,4 +172,42 @@ TEST_F(Loop, FailuresAreRecordedAndAnInterruptedPostIsNeverRepeatedBlindly)
     EXPECT_EQ(statusOf(unsaved), PostStatus::failed);
     EXPECT_TRUE(store.scheduledPost(unsaved)->error->contains(QStringLiteral("Nothing had been delivered yet")));
     EXPECT_TRUE(deliveries.inProgress().isEmpty());
+}
+
+// The count of posts with a live destination is kept up to date change by change; after
+// each kind of change it must equal what a freshly built loop counts from scratch.
+TEST_F(Loop, LiveCountFollowsEveryChange)
+{
+    const auto loggedCount = [](SchedulerLoop& counting) {
+        LogCapture log;
+        waitForTask(counting.checkScheduledPosts());
+        const QStringList lines = log.linesHoldingAnyOf({QStringLiteral("scheduled posts with active destinations")});
+        return lines.isEmpty() ? QString() : lines.first().section(u' ', -6, -6);
+    };
+    const auto expectFreshCount = [&](const char* step) {
+        SCOPED_TRACE(step);
+        SchedulerLoop fresh(store, accounts, publishing, validator, publishers, deliveries, clock);
+        EXPECT_EQ(loggedCount(loop), loggedCount(fresh));
+    };
+    const QUuid a = schedule(600);
+    schedule(700);
+    ScheduledPost mastodon = *store.scheduledPost(a);
+    mastodon.platforms = {QStringLiteral("mastodon")};
+    const QUuid toMastodon = store.addOrUpdate(mastodon);
+    EXPECT_EQ(loggedCount(loop), QStringLiteral("2"));
+    expectFreshCount("added");
+
+    store.updateStatus(a, PostStatus::draft);
+    expectFreshCount("status changed");
+    mastodon.platforms = {QStringLiteral("x")};
+    store.addOrUpdate(mastodon, toMastodon);
+    expectFreshCount("edited to an enabled platform");
+    store.deletePost(toMastodon);
+    expectFreshCount("deleted");
+    accounts.setPlatformEnabled(PlatformType::x, false);
+    expectFreshCount("platform disabled");
+    EXPECT_EQ(loggedCount(loop), QStringLiteral("0"));
+    accounts.setPlatformEnabled(PlatformType::x, true);
+    store.clearAll();
+    expectFreshCount("cleared");
 }
