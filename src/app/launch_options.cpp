@@ -80,3 +80,11 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
     options.mode = headless ? RunMode::headless : RunMode::desktop;
     return options;
 }
+
+QStringList LaunchOptions::argumentsOf(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}

@@ -30,4 +30,6 @@ struct LaunchOptions {
     QStringList commandArguments;
 
     static LaunchOptions parse(const QStringList& arguments, const QProcessEnvironment& env);
+    // argv without the program name, as Qt strings.
+    static QStringList argumentsOf(int argc, char** argv);
 };

@@ -1,4 +1,5 @@
 #include "app/admin_command_line.h"
+#include "app/desktop_binary.h"
 #include "app/editor_command_line.h"
 #include "app/launch_options.h"
 #include "app/run_modes.h"
@@ -16,10 +17,7 @@ int main(int argc, char** argv)
     // failed write is handled where it happens, it must not kill the process.
     std::signal(SIGPIPE, SIG_IGN);
 
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i)
-        arguments.append(QString::fromLocal8Bit(argv[i]));
-
+    const QStringList arguments = LaunchOptions::argumentsOf(argc, argv);
     const LaunchOptions options = LaunchOptions::parse(arguments, QProcessEnvironment::systemEnvironment());
     switch (options.mode) {
     case RunMode::text:
@@ -35,8 +33,10 @@ int main(int argc, char** argv)
     case RunMode::config:
     case RunMode::transfer:
         return AdminCommandLine::run(options);
-    case RunMode::headless:
     case RunMode::desktop:
+        DesktopBinary::execIfInstalled(argv);
+        return RunModes::runInstance(argc, argv, options);
+    case RunMode::headless:
         return RunModes::runInstance(argc, argv, options);
     }
     return 1;

@@ -5,6 +5,7 @@
 #include "app/publishing_stack.h"
 #include "app/quillo_instance.h"
 #include "app/unix_signal_watcher.h"
+#include "app/window_host.h"
 #include "channel/command_channel_client.h"
 #include "channel/command_channel_server.h"
 #include "commands/admin_commands.h"
@@ -140,9 +141,10 @@ int runForwarder(int, char**, const LaunchOptions& options)
     return allSucceeded && stored.ok ? 0 : 1;
 }
 
-int runInstance(int argc, char** argv, const LaunchOptions& options)
+int runInstance(int argc, char** argv, const LaunchOptions& options, WindowHost* windows)
 {
-    QCoreApplication app(argc, argv);
+    const std::unique_ptr<QCoreApplication> app =
+        windows ? windows->createApplication(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Quillo"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLO_VERSION));
 
@@ -154,8 +156,9 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
         qCWarning(lcApp).noquote() << "⚠️ Could not create Quillo's folders under" << paths.dataDir();
 
     AppEvents events;
-    // No window subscribes yet in either mode, so every request is logged instead.
-    events.logRequestsWithoutWindows();
+    // Without windows nobody subscribes, so every request is logged instead.
+    if (!windows)
+        events.logRequestsWithoutWindows();
     PreferenceStore preferences(paths);
     SchedulerService scheduler(preferences);
     AccountManager accounts(preferences);
@@ -175,9 +178,10 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     reportMastodonSignIn(mastodon, events);
     urlCommands.setMastodonConnector(&mastodon);
     urlCommands.setPreferences(&preferences);
-    // Neither mode has windows yet; commands that only open one say so.
-    urlCommands.setWindowless(options.mode == RunMode::headless ? QStringLiteral("No window in headless mode")
-                                                                : QStringLiteral("No window in this build"));
+    // Commands that only open a window say so when there is none.
+    if (!windows)
+        urlCommands.setWindowless(options.mode == RunMode::headless ? QStringLiteral("No window in headless mode")
+                                                                    : QStringLiteral("No window in this build"));
     // The Bluesky form's connect button (also pressed by `quillo://accounts?action=add`).
     BlueSkyAccountConnector blueSkyConnector(network, accounts, clock,
                                              Endpoints::fromEnvironment(environment));
@@ -206,15 +210,15 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
         return 1;
     }
 
-    if (options.mode == RunMode::desktop)
-        qCInfo(lcApp).noquote() << "Windows are not part of this build yet; running without them";
+    if (options.mode == RunMode::desktop && !windows)
+        qCInfo(lcApp).noquote() << "The windows are not installed; running without them";
     QuilloInstance instance(paths, options, preferences);
     PublishingStack publishing(paths, preferences, scheduler, accounts, network, clock);
 
     UnixSignalWatcher signals;
     signals.watch(SIGINT);
     signals.watch(SIGTERM);
-    QObject::connect(&signals, &UnixSignalWatcher::unixSignal, &app, [](int signalNumber) {
+    QObject::connect(&signals, &UnixSignalWatcher::unixSignal, app.get(), [](int signalNumber) {
         qCInfo(lcApp).noquote() << "Received signal" << signalNumber << "- shutting down";
         QCoreApplication::quit();
     });
@@ -230,7 +234,12 @@ int runInstance(int argc, char** argv, const LaunchOptions& options)
     if (!orphans.isEmpty())
         qCInfo(lcApp).noquote() << QStringLiteral("🧹 Removed %1 unused media files").arg(orphans.size());
     publishing.start();
-    const int status = app.exec();
+    std::unique_ptr<QObject> windowObjects;
+    if (windows)
+        windowObjects = windows->createWindows(
+            {paths, events, preferences, scheduler, accounts, publishing.publishing(), clock});
+    const int status = QCoreApplication::exec();
+    windowObjects.reset();
     scheduler.waitForPendingSaves();
     preferences.sync();
     qCInfo(lcApp).noquote() << "Quillo stopped";

@@ -1,6 +1,7 @@
 #include "support/running_instance.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalSocket>
@@ -69,8 +70,11 @@ void RunningInstance::stopLockHolder(const AppPaths& paths)
     if (!lock.getLockInfo(&pid, &host, &app) || pid <= 0)
         return;
     // Only ever signal our own binary, never a process that happens to reuse the id.
+    // The desktop start runs on as quillo-desktop, from the same folder.
+    const QFileInfo quillo(QStringLiteral(QUILLO_BINARY));
     const QString executable = QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).canonicalFilePath();
-    if (executable != QFileInfo(QStringLiteral(QUILLO_BINARY)).canonicalFilePath())
+    if (executable != quillo.canonicalFilePath()
+        && executable != QFileInfo(quillo.dir(), QStringLiteral("quillo-desktop")).canonicalFilePath())
         return;
     ::kill(pid_t(pid), SIGTERM);
     const QDeadlineTimer deadline(QuilloProcess::kDefaultTimeoutMs);

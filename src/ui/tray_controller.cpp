@@ -1,0 +1,71 @@
+#include "ui/tray_controller.h"
+
+#include "core/clock.h"
+#include "core/preference_keys.h"
+#include "core/preference_store.h"
+#include "events/app_events.h"
+#include "store/scheduler_service.h"
+
+#include <QApplication>
+#include <QDateTime>
+#include <QMenu>
+#include <QStyle>
+#include <QSystemTrayIcon>
+
+TrayController::TrayController(AppEvents& events, SchedulerService& scheduler, PreferenceStore& preferences,
+                               const Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_events(events)
+    , m_scheduler(scheduler)
+    , m_preferences(preferences)
+    , m_clock(clock)
+    , m_menu(new QMenu)
+    , m_icon(new QSystemTrayIcon(this))
+{
+    m_menu->addAction(tr("New Post"), this, &TrayController::newPostRequested);
+    m_menu->addAction(tr("Post Schedule"), this, [this] { Q_EMIT m_events.calendarRequested({}, {}, {}); });
+    m_menu->addAction(tr("Settings"), this, [this] { Q_EMIT m_events.settingsRequested({}); });
+    m_menu->addSeparator();
+    m_dueToday = m_menu->addAction(QString());
+    m_dueToday->setEnabled(false);
+    m_menu->addSeparator();
+    m_menu->addAction(tr("Quit Quillo"), qApp, &QCoreApplication::quit);
+
+    m_icon->setIcon(QIcon::fromTheme(QStringLiteral("quillo"), qApp->style()->standardIcon(QStyle::SP_FileDialogDetailedView)));
+    m_icon->setContextMenu(m_menu);
+    m_icon->setToolTip(QStringLiteral("Quillo"));
+    connect(m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger)
+            Q_EMIT newPostRequested();
+    });
+    connect(&m_scheduler, &SchedulerService::scheduledPostsDidUpdate, this, &TrayController::refreshDueToday);
+    connect(m_menu, &QMenu::aboutToShow, this, &TrayController::refreshDueToday);
+    refreshDueToday();
+    m_icon->show();
+}
+
+TrayController::~TrayController()
+{
+    delete m_menu;
+}
+
+QString TrayController::dueTodayText() const
+{
+    if (!m_preferences.boolValue(PreferenceKeys::ShowCalendarBadge).value_or(true))
+        return {};
+    const QDate today = m_clock.now().toDateTime().toLocalTime().date();
+    qsizetype due = 0;
+    for (const ScheduledPost& post : m_scheduler.scheduledPosts()) {
+        if (post.status == PostStatus::queued && post.scheduledDate.toDateTime().toLocalTime().date() == today)
+            ++due;
+    }
+    return due == 0 ? QString() : tr("%n post(s) due today", nullptr, int(due));
+}
+
+void TrayController::refreshDueToday()
+{
+    const QString text = dueTodayText();
+    m_dueToday->setText(text);
+    m_dueToday->setVisible(!text.isEmpty());
+    m_icon->setToolTip(text.isEmpty() ? QStringLiteral("Quillo") : QStringLiteral("Quillo · ") + text);
+}
