@@ -1,6 +1,5 @@
 #include "desktop/x11_shortcut_registrar.h"
 
-#include "desktop/desktop_log.h"
 #include "desktop/portable_key_map.h"
 
 #include <QSocketNotifier>
@@ -123,7 +122,6 @@ void X11ShortcutRegistrar::grab(ShortcutAction action, const KeyboardShortcut& s
         }
     }
     if (taken) {
-        qCWarning(lcDesktop).noquote() << QStringLiteral("❌ X11 grab refused for ") + name;
         reportProblem(QStringLiteral("%1 for %2 is already taken by another program. Pick a different combination.")
                           .arg(name, shortcutActionDisplayName(action)));
     }
