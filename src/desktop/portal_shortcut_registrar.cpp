@@ -47,8 +47,8 @@ PortalShortcutRegistrar::PortalShortcutRegistrar(QDBusConnection bus, QObject* p
     , m_bus(std::move(bus))
 {
     PortalShortcut::registerDBusTypes();
-    m_bus.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this,
-                  SLOT(onActivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    // Read from the message: the arguments' types are checked by hand, as a portal sends them.
+    m_bus.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this, SLOT(onActivated(QDBusMessage)));
 }
 
 PortalShortcutRegistrar::~PortalShortcutRegistrar()
@@ -58,8 +58,8 @@ PortalShortcutRegistrar::~PortalShortcutRegistrar()
 
 QString PortalShortcutRegistrar::missingPortalMessage()
 {
-    return QStringLiteral("This desktop does not offer global shortcuts to apps (its portal has no GlobalShortcuts "
-                          "interface), so Quillo's shortcuts work only while Quillo has the focus.");
+    return QStringLiteral("This desktop does not offer global shortcuts to apps (its desktop portal has no "
+                          "GlobalShortcuts interface), so Quillo's shortcuts cannot be registered.");
 }
 
 QString PortalShortcutRegistrar::preferredTrigger(const KeyboardShortcut& shortcut)
@@ -203,14 +203,14 @@ void PortalShortcutRegistrar::sessionCreated(const QVariantMap& results)
     bindShortcuts();
 }
 
-void PortalShortcutRegistrar::onActivated(const QDBusObjectPath& session, const QString& id, qulonglong timestamp,
-                                          const QVariantMap& options)
+void PortalShortcutRegistrar::onActivated(const QDBusMessage& message)
 {
-    Q_UNUSED(timestamp)
-    Q_UNUSED(options)
-    if (session.path() != m_session)
+    const QVariantList arguments = message.arguments();
+    if (arguments.size() < 2 || m_session.isEmpty())
         return;
-    if (const std::optional<ShortcutAction> action = shortcutActionFromRawValue(id))
+    if (arguments[0].value<QDBusObjectPath>().path() != m_session)
+        return;
+    if (const std::optional<ShortcutAction> action = shortcutActionFromRawValue(arguments[1].toString()))
         reportActivated(*action);
 }
 

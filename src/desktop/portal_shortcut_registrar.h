@@ -3,11 +3,9 @@
 #include "desktop/shortcut_registrar.h"
 
 #include <QDBusConnection>
-#include <QDBusObjectPath>
+#include <QDBusMessage>
 #include <QObject>
 #include <QVariantMap>
-
-class QDBusMessage;
 
 // Global shortcuts on Wayland through xdg-desktop-portal's GlobalShortcuts interface:
 // a session is created, the shortcuts are bound with our combinations as the preferred
@@ -29,7 +27,8 @@ public:
 
 private Q_SLOTS:
     void onResponse(uint response, const QVariantMap& results);
-    void onActivated(const QDBusObjectPath& session, const QString& id, qulonglong timestamp, const QVariantMap& options);
+    // Activated(o session_handle, s shortcut_id, t timestamp, a{sv} options)
+    void onActivated(const QDBusMessage& message);
 
 private:
     enum class Stage { idle, creatingSession, binding };
