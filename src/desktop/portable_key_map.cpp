@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -41,6 +42,17 @@ constexpr std::array kKeys{
     KeyEntry{125, Qt::Key_Down, 0}, KeyEntry{126, Qt::Key_Up, 0},
 };
 
+// With Shift held Qt names the symbol a US layout types, not the key: Shift+1 is Key_Exclam.
+constexpr std::array<std::pair<Qt::Key, Qt::Key>, 21> kShiftedSymbols{{
+    {Qt::Key_Exclam, Qt::Key_1},       {Qt::Key_At, Qt::Key_2},           {Qt::Key_NumberSign, Qt::Key_3},
+    {Qt::Key_Dollar, Qt::Key_4},       {Qt::Key_Percent, Qt::Key_5},      {Qt::Key_AsciiCircum, Qt::Key_6},
+    {Qt::Key_Ampersand, Qt::Key_7},    {Qt::Key_Asterisk, Qt::Key_8},     {Qt::Key_ParenLeft, Qt::Key_9},
+    {Qt::Key_ParenRight, Qt::Key_0},   {Qt::Key_Underscore, Qt::Key_Minus}, {Qt::Key_Plus, Qt::Key_Equal},
+    {Qt::Key_BraceLeft, Qt::Key_BracketLeft}, {Qt::Key_BraceRight, Qt::Key_BracketRight}, {Qt::Key_Bar, Qt::Key_Backslash},
+    {Qt::Key_Colon, Qt::Key_Semicolon}, {Qt::Key_QuoteDbl, Qt::Key_Apostrophe}, {Qt::Key_Less, Qt::Key_Comma},
+    {Qt::Key_Greater, Qt::Key_Period}, {Qt::Key_Question, Qt::Key_Slash}, {Qt::Key_AsciiTilde, Qt::Key_QuoteLeft},
+}};
+
 struct ModifierEntry {
     quint32 portable;
     Qt::KeyboardModifier qt;
@@ -77,7 +89,11 @@ std::optional<Qt::Key> PortableKeyMap::qtKey(quint16 keyCode)
 std::optional<quint16> PortableKeyMap::keyCode(Qt::Key key)
 {
     // Shift+Tab arrives as Backtab.
-    const Qt::Key unshifted = key == Qt::Key_Backtab ? Qt::Key_Tab : key;
+    Qt::Key unshifted = key == Qt::Key_Backtab ? Qt::Key_Tab : key;
+    for (const auto& [symbol, base] : kShiftedSymbols) {
+        if (symbol == key)
+            unshifted = base;
+    }
     for (const KeyEntry& entry : kKeys) {
         if (entry.key == unshifted)
             return entry.keyCode;
