@@ -7,7 +7,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusVariant>
 #include <QStringList>
 
 namespace {
@@ -193,9 +192,8 @@ void PortalShortcutRegistrar::sessionCreated(const QVariantMap& results)
 {
     // Documented as a string; some portals send an object path.
     const QVariant handle = results.value(QStringLiteral("session_handle"));
-    m_session = handle.canConvert<QDBusObjectPath>() && handle.metaType() == QMetaType::fromType<QDBusObjectPath>()
-                    ? handle.value<QDBusObjectPath>().path()
-                    : handle.toString();
+    m_session = handle.metaType() == QMetaType::fromType<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path()
+                                                                           : handle.toString();
     if (m_session.isEmpty()) {
         fail(QStringLiteral("The desktop portal did not open a global shortcuts session."));
         return;
