@@ -19,7 +19,7 @@ ShortcutManager::ShortcutManager(PreferenceStore& defaults, std::unique_ptr<Shor
         m_shortcuts.insert(action, KeyboardShortcut::defaultFor(action));
     if (m_registrar) {
         m_registrar->setCallbacks([this](ShortcutAction action) { trigger(action); },
-                                  [this](const QString& message) { setRegistrationProblem(message); });
+                                  [this](const QString& message) { addRegistrationProblem(message); });
     }
 }
 
@@ -135,10 +135,18 @@ void ShortcutManager::setRegistrationProblem(const QString& message)
 {
     if (message == m_registrationProblem)
         return;
-    m_registrationProblem = message;
     if (!message.isEmpty())
-        qCWarning(lcDesktop).noquote() << QStringLiteral("⚠️ ") + message;
+        qCWarning(lcDesktop).noquote() << QStringLiteral("⚠️ ") + message.section(QLatin1Char('\n'), -1);
+    m_registrationProblem = message;
     Q_EMIT registrationProblemChanged(message);
+}
+
+// Several shortcuts can fail in one registration; the settings show every reason.
+void ShortcutManager::addRegistrationProblem(const QString& message)
+{
+    if (m_registrationProblem.split(QLatin1Char('\n')).contains(message))
+        return;
+    setRegistrationProblem(m_registrationProblem.isEmpty() ? message : m_registrationProblem + QLatin1Char('\n') + message);
 }
 
 void ShortcutManager::reportUsage(const QString& name, const QVariantMap& properties)

@@ -51,7 +51,8 @@ public:
     void setSuspended(bool suspended);
 
     // Why the system did not take the shortcuts (a key another program holds, a desktop
-    // without the portal); empty when they are registered or there is nothing to register.
+    // without the portal), one line per reason; empty when they are registered or there
+    // is nothing to register.
     QString registrationProblem() const { return m_registrationProblem; }
 
 Q_SIGNALS:
@@ -64,6 +65,7 @@ private:
     void writeEntry(ShortcutAction action);
     void registerAll();
     void setRegistrationProblem(const QString& message);
+    void addRegistrationProblem(const QString& message);
     void reportUsage(const QString& name, const QVariantMap& properties);
 
     PreferenceStore& m_defaults;

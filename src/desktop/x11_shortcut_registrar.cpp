@@ -122,6 +122,11 @@ void X11ShortcutRegistrar::grab(ShortcutAction action, const KeyboardShortcut& s
         }
     }
     if (taken) {
+        // Half a shortcut (only with NumLock on, say) would only puzzle: let go of all of it.
+        for (qsizetype i = m_grabs.size() - 1; i >= 0 && m_grabs[i].action == action; --i) {
+            xcb_ungrab_key(m_connection, m_grabs[i].keycode, m_root, m_grabs[i].modifiers);
+            m_grabs.removeAt(i);
+        }
         reportProblem(QStringLiteral("%1 for %2 is already taken by another program. Pick a different combination.")
                           .arg(name, shortcutActionDisplayName(action)));
     }

@@ -88,6 +88,9 @@ void ShortcutRecorder::stopRecording()
 
 bool ShortcutRecorder::event(QEvent* event)
 {
+    // A closed settings window must not keep the keyboard or the shortcuts suspended.
+    if (m_recording && event->type() == QEvent::Hide)
+        stopRecording();
     if (!m_recording || event->type() != QEvent::KeyPress)
         return QWidget::event(event);
     const auto* press = static_cast<QKeyEvent*>(event);

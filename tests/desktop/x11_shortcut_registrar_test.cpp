@@ -141,8 +141,9 @@ TEST(X11ShortcutRegistrar, PressedShortcutsRunTheirHandlersAndTakenKeysAreReport
     ASSERT_NE(control, 0);
     ASSERT_NE(super, 0) << "the server's keymap has no Super key";
 
-    // Another program already holds Ctrl+Super+S, the schedule's default.
+    // Another program already holds Ctrl+Super+S and Ctrl+Super+comma.
     other.grab(other.keycode('s'), XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_4);
+    other.grab(other.keycode(','), XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_4);
 
     TempHome home;
     PreferenceStore preferences(home.paths());
@@ -153,7 +154,8 @@ TEST(X11ShortcutRegistrar, PressedShortcutsRunTheirHandlersAndTakenKeysAreReport
     manager.setHandler(ShortcutAction::composer, [&] { ++composer; });
     manager.load();
     EXPECT_EQ(manager.registrationProblem(),
-              QStringLiteral("Ctrl+Super+S for Post Schedule is already taken by another program. Pick a different combination."));
+              QStringLiteral("Ctrl+Super+S for Post Schedule is already taken by another program. Pick a different combination.\n"
+                             "Ctrl+Super+, for Settings is already taken by another program. Pick a different combination."));
 
     other.tap({control, super, other.keycode('c')});
     EXPECT_TRUE(waitFor([&] { return composer == 1; }));
