@@ -20,8 +20,11 @@ packages=(
   libbenchmark-dev
   # The ffmpeg command line is the yardstick of the export benchmark; the fonts draw burned-in captions.
   ffmpeg fonts-dejavu-core
-  # A private session bus for the notification test.
+  # A private session bus for the notification and shortcut portal tests.
   dbus-daemon
+  # Global shortcuts on X11: key grabs through xcb, keysym lookup; the test server and
+  # the synthetic key presses of the shortcut test.
+  libxcb1-dev libxcb-keysyms1-dev libxcb-xtest0-dev xvfb
 )
 
 missing=()

@@ -1,0 +1,3 @@
+#include "desktop/desktop_log.h"
+
+Q_LOGGING_CATEGORY(lcDesktop, "quillo.desktop", QtInfoMsg)
