@@ -5,7 +5,6 @@
 #include "ui/shortcut_recorder.h"
 #include "../desktop/fake_shortcut_registrar.h"
 
-#include <QApplication>
 #include <QPushButton>
 #include <QTest>
 
@@ -64,12 +63,4 @@ TEST_F(ShortcutRecorderTest, AnAcceptedCombinationIsStoredAndEndsRecording)
               (KeyboardShortcut{18, KeyboardShortcut::command | KeyboardShortcut::shift, QStringLiteral("1")}));
     EXPECT_EQ(m_recorder.findChild<QPushButton*>()->text(), QStringLiteral("Ctrl+Shift+1"));
     EXPECT_EQ(m_record.registered.last().value(ShortcutAction::schedule).keyCode, 18);
-}
-
-// Widgets need a QApplication, which the shared test main does not make.
-int main(int argc, char** argv)
-{
-    QApplication app(argc, argv);
-    ::testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
 }
