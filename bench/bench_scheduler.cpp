@@ -2,21 +2,13 @@
 // that answer at once, so the figure is Quillo's own work on the main thread), a pass with
 // nothing due, and an idle headless instance with 100 stored posts between minute ticks:
 // its wake-ups (context switches) and resident memory.
-#include "core/preference_store.h"
-#include "media/media_preparation_service.h"
-#include "scheduling/media_validator.h"
-#include "scheduling/publishing_service.h"
 #include "scheduling/scheduler_loop.h"
-#include "store/account_manager.h"
-#include "store/delivery_record_store.h"
 #include "store/scheduler_service.h"
-#include "scheduling/scheduling_fakes.h"
+#include "scheduling/scheduling_stack.h"
 #include "support/coro_wait.h"
-#include "support/manual_clock.h"
 #include "support/quillo_process.h"
 #include "support/running_instance.h"
 #include "support/sample_posts.h"
-#include "support/temp_home.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -43,26 +35,9 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
-struct Schedule {
+struct Schedule : SchedulingStack {
     Schedule()
-        : preferences(home.paths())
-        , store(preferences)
-        , accounts(preferences)
-        , media(exporter, images, preferences, home.path())
-        , validator(prober)
-        , deliveries(home.path() + QStringLiteral("/deliveries"))
-        , publishing(publishers, media, deliveries)
-        , loop(store, accounts, publishing, validator, publishers, deliveries, clock)
     {
-        SocialAccount x = SocialAccount::create(PlatformType::x, QStringLiteral("ada"),
-                                                {{QStringLiteral("apiKey"), QStringLiteral("k")},
-                                                 {QStringLiteral("apiSecret"), QStringLiteral("s")},
-                                                 {QStringLiteral("accessToken"), QStringLiteral("t")},
-                                                 {QStringLiteral("accessSecret"), QStringLiteral("u")}},
-                                                kFixedTestTime);
-        x.isDefault = true;
-        accounts.addAccount(x);
-        accounts.setPlatformEnabled(PlatformType::x, true);
         publishers.add(x.id, QStringLiteral("x"));
         QList<ScheduledPost> posts = samplePosts(kPosts);
         for (int i = 0; i < kDue; ++i) {
@@ -78,20 +53,6 @@ struct Schedule {
         clock.set(posts[kDue - 1].scheduledDate);
     }
 
-    TempHome home;
-    ManualClock clock;
-    PreferenceStore preferences;
-    SchedulerService store;
-    AccountManager accounts;
-    UnusedExporter exporter;
-    UnusedImageEncoder images;
-    MediaPreparationService media;
-    AcceptingProber prober;
-    MediaValidator validator;
-    DeliveryRecordStore deliveries;
-    FakePublisherFactory publishers;
-    PublishingService publishing;
-    SchedulerLoop loop;
     QList<QUuid> due;
 };
 

@@ -96,19 +96,7 @@ using Entities = QVarLengthArray<Entity, 8>;
 // Sentence punctuation that ends a link's path is not part of it.
 qsizetype pathEnd(QStringView text, qsizetype restStart, qsizetype end)
 {
-    static const QString trailing = QStringLiteral(u".,;:!?*'\"$%[]~|@&=<>「」");
-    while (end > restStart) {
-        const QChar last = text.at(end - 1);
-        if (last == u')') {
-            const QStringView rest = text.sliced(restStart, end - restStart);
-            if (rest.count(u'(') >= rest.count(u')'))
-                break;
-        } else if (!trailing.contains(last)) {
-            break;
-        }
-        --end;
-    }
-    return end;
+    return UrlFinder::trimTrailing(text, restStart, end, u".,;:!?*'\"$%[]~|@&=<>「」");
 }
 
 qsizetype nonSpaceEnd(QStringView text, qsizetype at)

@@ -90,24 +90,6 @@ bool isForbiddenBefore(QChar c, bool hasScheme)
     return !hasScheme && (c == u'.' || c == u'/');
 }
 
-// Sentence punctuation after a link is not part of it; a closing parenthesis is, when it
-// closes one opened inside the link.
-qsizetype trimmedEnd(QStringView text, qsizetype restStart, qsizetype end)
-{
-    static const QString trailing = QStringLiteral(u".,;:!?*'$%[]~|@(");
-    while (end > restStart) {
-        const QChar last = text.at(end - 1);
-        if (last == u')') {
-            const QStringView rest = text.sliced(restStart, end - restStart);
-            if (rest.count(u'(') >= rest.count(u')'))
-                break;
-        } else if (!trailing.contains(last)) {
-            break;
-        }
-        --end;
-    }
-    return end;
-}
 // The candidate as a link, unless what stands before it or its host rules it out.
 std::optional<UrlFinder::Range> accepted(QStringView text, qsizetype offset, const LinkCandidateScanner::Candidate& candidate)
 {
@@ -117,7 +99,7 @@ std::optional<UrlFinder::Range> accepted(QStringView text, qsizetype offset, con
     qsizetype end = offset + candidate.end;
     const bool hasRest = candidate.restStart >= 0;
     if (hasRest)
-        end = trimmedEnd(text, offset + candidate.restStart, end);
+        end = UrlFinder::trimTrailing(text, offset + candidate.restStart, end, u".,;:!?*'$%[]~|@(");
     const bool hasPath = hasRest && end > offset + candidate.restStart;
     qsizetype hostStart = offset + candidate.hostStart;
     const qsizetype hostEnd = offset + candidate.hostEnd;
@@ -149,4 +131,20 @@ QList<UrlFinder::Range> UrlFinder::find(QStringView text, Scheme scheme)
         }
     }
     return ranges;
+}
+
+qsizetype UrlFinder::trimTrailing(QStringView text, qsizetype restStart, qsizetype end, QStringView trailing)
+{
+    while (end > restStart) {
+        const QChar last = text.at(end - 1);
+        if (last == u')') {
+            const QStringView rest = text.sliced(restStart, end - restStart);
+            if (rest.count(u'(') >= rest.count(u')'))
+                break;
+        } else if (!trailing.contains(last)) {
+            break;
+        }
+        --end;
+    }
+    return end;
 }

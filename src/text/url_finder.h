@@ -22,4 +22,8 @@ public:
     };
 
     static QList<Range> find(QStringView text, Scheme scheme);
+    // Where a link running from `restStart` to `end` really ends: characters of `trailing`
+    // at its end are sentence punctuation, and so is a closing parenthesis that closes
+    // none opened inside the link. Each network has its own set.
+    static qsizetype trimTrailing(QStringView text, qsizetype restStart, qsizetype end, QStringView trailing);
 };

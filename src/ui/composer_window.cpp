@@ -131,6 +131,16 @@ QList<PlatformType> ComposerWindow::selectedPlatforms() const
     return selected;
 }
 
+// The chosen networks as a post stores them, through their default accounts: what both
+// Post and Schedule… go to.
+ScheduledPost ComposerWindow::destinations() const
+{
+    ScheduledPost chosen;
+    for (const PlatformType platform : selectedPlatforms())
+        chosen.platforms << rawValue(platform);
+    return chosen;
+}
+
 qsizetype ComposerWindow::mastodonLimit() const
 {
     return PlatformCharacterCounter::mastodonLimit(m_services.accounts.accounts());
@@ -168,6 +178,7 @@ void ComposerWindow::rebuildEditors()
             const qsizetype index = m_editors.indexOf(editor);
             m_composer.setText(index, text);
             recount(index);
+            updateActions();
         });
         connect(editor, &PostEditor::removeRequested, this, [this, editor] {
             m_composer.removePost(m_editors.indexOf(editor));
@@ -192,7 +203,6 @@ void ComposerWindow::recount(qsizetype index)
     for (const PlatformType platform : selectedPlatforms())
         counts.append({platform, m_composer.characterCount(index, platform, mastodonLimit())});
     m_editors[index]->setCounts(counts);
-    updateActions();
 }
 
 void ComposerWindow::recountAll()
@@ -211,9 +221,8 @@ void ComposerWindow::updateActions()
         return !post.text.trimmed().isEmpty() || !post.mediaItems.isEmpty();
     });
     const bool hasNetwork = !selectedPlatforms().isEmpty();
-    bool fits = true;
-    for (const PlatformType platform : selectedPlatforms())
-        fits = fits && !PlatformCharacterCounter::firstTooLong(posts, platform, mastodonLimit());
+    // From the counts the editors already hold: nothing is counted again here.
+    const bool fits = std::all_of(m_editors.cbegin(), m_editors.cend(), [](const PostEditor* editor) { return editor->fitsAll(); });
     m_post->setEnabled(!publishing && hasContent && hasNetwork && fits);
     m_post->setToolTip(!hasNetwork ? tr("Choose where to post") : !fits ? tr("A post is too long for a chosen network") : QString());
     m_schedule->setEnabled(!publishing && hasContent && hasNetwork);
@@ -223,14 +232,9 @@ void ComposerWindow::updateActions()
 QString ComposerWindow::destinationsText() const
 {
     QStringList names;
+    const ScheduledPost chosen = destinations();
     for (const PlatformType platform : selectedPlatforms()) {
-        const qsizetype accounts = m_services.accounts.accountsForPublishing(
-            [&] {
-                ScheduledPost probe;
-                probe.platforms = {rawValue(platform)};
-                return probe;
-            }(),
-            platform).size();
+        const qsizetype accounts = m_services.accounts.accountsForPublishing(chosen, platform).size();
         names << tr("%1 (%n account(s))", nullptr, int(accounts)).arg(displayName(platform));
     }
     return names.join(QStringLiteral(", "));
@@ -240,11 +244,9 @@ QCoro::Task<void> ComposerWindow::publishNow()
 {
     PublishRequest request;
     request.thread = m_composer.posts();
-    ScheduledPost destinations;
-    for (const PlatformType platform : selectedPlatforms())
-        destinations.platforms << rawValue(platform);
+    const ScheduledPost chosen = destinations();
     for (const PlatformType platform : selectedPlatforms()) {
-        const QList<SocialAccount> accounts = m_services.accounts.accountsForPublishing(destinations, platform);
+        const QList<SocialAccount> accounts = m_services.accounts.accountsForPublishing(chosen, platform);
         if (!accounts.isEmpty())
             request.accounts.insert(platform, accounts);
     }
@@ -293,9 +295,7 @@ void ComposerWindow::openScheduleSheet(const std::optional<ScheduledPost>& prefi
     connect(m_sheet, &QDialog::accepted, this, [this, prefilled] {
         ScheduledPost post = prefilled.value_or(ScheduledPost{});
         post.content = m_composer.posts();
-        post.platforms.clear();
-        for (const PlatformType platform : selectedPlatforms())
-            post.platforms << rawValue(platform);
+        post.platforms = destinations().platforms;
         post.scheduledDate = Timestamp::fromDateTime(m_sheet->scheduledDate());
         post.timeZoneIdentifier = QString::fromUtf8(QTimeZone::systemTimeZoneId());
         post.status = m_sheet->status();

@@ -50,6 +50,7 @@ private:
     void recount(qsizetype index);
     void recountAll();
     void updateActions();
+    ScheduledPost destinations() const;
     QString destinationsText() const;
     qsizetype mastodonLimit() const;
     QCoro::Task<void> publishNow();

@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 QString countText(PlatformType platform, const CharacterCount& count)
@@ -74,6 +76,7 @@ void PostEditor::setCounts(const Counts& counts)
     for (const auto& [platform, label] : std::as_const(m_countLabels))
         delete label;
     m_countLabels.clear();
+    m_fitsAll = std::all_of(counts.cbegin(), counts.cend(), [](const auto& entry) { return entry.second.fits(); });
     for (const auto& [platform, count] : counts) {
         auto* label = new QLabel(countText(platform, count), this);
         if (!count.fits()) {

@@ -26,6 +26,8 @@ public:
     void setText(const QString& text);
     void setPosition(int number, int total);
     void setCounts(const Counts& counts);
+    // Whether the text fits every network of the last counts.
+    bool fitsAll() const { return m_fitsAll; }
     void focusText();
     QPlainTextEdit* textEdit() const { return m_text; }
     // The label of a network's count, for tests and screenshots.
@@ -45,4 +47,5 @@ private:
     QHBoxLayout* m_countRow;
     QList<QPair<PlatformType, QLabel*>> m_countLabels;
     QPushButton* m_remove;
+    bool m_fitsAll = true;
 };

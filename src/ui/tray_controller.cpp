@@ -12,6 +12,8 @@
 #include <QStyle>
 #include <QSystemTrayIcon>
 
+#include <algorithm>
+
 TrayController::TrayController(AppEvents& events, SchedulerService& scheduler, PreferenceStore& preferences,
                                const Clock& clock, QObject* parent)
     : QObject(parent)
@@ -53,12 +55,15 @@ QString TrayController::dueTodayText() const
 {
     if (!m_preferences.boolValue(PreferenceKeys::ShowCalendarBadge).value_or(true))
         return {};
+    // Today's bounds once, then plain comparisons: this runs after every change to a
+    // schedule that may hold thousands of posts.
     const QDate today = m_clock.now().toDateTime().toLocalTime().date();
-    qsizetype due = 0;
-    for (const ScheduledPost& post : m_scheduler.scheduledPosts()) {
-        if (post.status == PostStatus::queued && post.scheduledDate.toDateTime().toLocalTime().date() == today)
-            ++due;
-    }
+    const Timestamp start = Timestamp::fromDateTime(today.startOfDay());
+    const Timestamp end = Timestamp::fromDateTime(today.addDays(1).startOfDay());
+    const QList<ScheduledPost>& posts = m_scheduler.scheduledPosts();
+    const qsizetype due = std::count_if(posts.cbegin(), posts.cend(), [&](const ScheduledPost& post) {
+        return post.status == PostStatus::queued && post.scheduledDate >= start && post.scheduledDate < end;
+    });
     return due == 0 ? QString() : tr("%n post(s) due today", nullptr, int(due));
 }
 

@@ -1,45 +1,15 @@
 // The minute loop on a manual clock with the real post store and account manager, and
 // publishers that record what reached them.
-#include "core/preference_store.h"
-#include "media/media_preparation_service.h"
-#include "scheduling/media_validator.h"
-#include "scheduling/publishing_service.h"
-#include "scheduling/scheduler_loop.h"
-#include "store/account_manager.h"
-#include "store/delivery_record_store.h"
-#include "store/scheduler_service.h"
+#include "scheduling_stack.h"
 #include "support/coro_wait.h"
 #include "support/log_capture.h"
-#include "support/manual_clock.h"
-#include "support/temp_home.h"
-#include "scheduling_fakes.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-class Loop : public ::testing::Test {
+class Loop : public ::testing::Test, protected SchedulingStack {
 protected:
-    Loop()
-        : preferences(home.paths())
-        , store(preferences)
-        , accounts(preferences)
-        , media(exporter, images, preferences, home.path())
-        , validator(prober)
-        , deliveries(home.path() + QStringLiteral("/deliveries"))
-        , publishing(publishers, media, deliveries)
-        , loop(store, accounts, publishing, validator, publishers, deliveries, clock)
-    {
-        x = SocialAccount::create(PlatformType::x, QStringLiteral("ada"),
-                                  {{QStringLiteral("apiKey"), QStringLiteral("k")}, {QStringLiteral("apiSecret"), QStringLiteral("s")},
-                                   {QStringLiteral("accessToken"), QStringLiteral("t")},
-                                   {QStringLiteral("accessSecret"), QStringLiteral("u")}},
-                                  kFixedTestTime);
-        x.isDefault = true;
-        accounts.addAccount(x);
-        accounts.setPlatformEnabled(PlatformType::x, true);
-    }
-
     QUuid schedule(double secondsFromNow, int length = 1, PostStatus status = PostStatus::queued)
     {
         ScheduledPost post;
@@ -54,22 +24,6 @@ protected:
         return store.addOrUpdate(post);
     }
     PostStatus statusOf(const QUuid& id) const { return store.scheduledPost(id)->status; }
-
-    TempHome home;
-    ManualClock clock;
-    PreferenceStore preferences;
-    SchedulerService store;
-    AccountManager accounts;
-    UnusedExporter exporter;
-    UnusedImageEncoder images;
-    MediaPreparationService media;
-    AcceptingProber prober;
-    MediaValidator validator;
-    DeliveryRecordStore deliveries;
-    FakePublisherFactory publishers;
-    PublishingService publishing;
-    SchedulerLoop loop;
-    SocialAccount x;
 };
 
 Timestamp at(const char* iso)
