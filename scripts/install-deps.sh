@@ -10,6 +10,8 @@ live=0
 
 packages=(
   build-essential cmake pkg-config git
+  # Rebuilds after a branch switch or in a second checkout reuse earlier objects.
+  ccache
   qt6-base-dev qt6-base-dev-tools libgl-dev
   qcoro-qt6-dev
   nlohmann-json3-dev

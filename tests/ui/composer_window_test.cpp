@@ -3,21 +3,11 @@
 #include "compose/composer.h"
 #include "compose/debounce_timer.h"
 #include "compose/post_storage.h"
-#include "core/app_paths.h"
-#include "core/preference_store.h"
-#include "events/app_events.h"
-#include "media/media_preparation_service.h"
-#include "scheduling/publishing_service.h"
-#include "store/account_manager.h"
-#include "store/delivery_record_store.h"
-#include "store/scheduler_service.h"
-#include "support/manual_clock.h"
-#include "support/temp_home.h"
 #include "ui/composer_window.h"
 #include "ui/post_editor.h"
 #include "ui/publish_panel.h"
 #include "ui/schedule_sheet.h"
-#include "../scheduling/scheduling_fakes.h"
+#include "ui_stack.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -31,35 +21,15 @@
 
 namespace {
 
-SocialAccount account(PlatformType platform, const QString& name)
-{
-    const QMap<QString, QString> credentials = platform == PlatformType::x
-        ? QMap<QString, QString>{{QString(CredentialKeys::apiKey), QStringLiteral("k")}, {QString(CredentialKeys::apiSecret), QStringLiteral("s")}}
-        : QMap<QString, QString>{{QString(CredentialKeys::handle), name}, {QString(CredentialKeys::appPassword), QStringLiteral("p")}};
-    return SocialAccount::create(platform, name, credentials, kFixedTestTime);
-}
-
 class ComposerWindowTest : public ::testing::Test {
 protected:
     ComposerWindowTest()
-        : paths(home.paths())
-        , preferences(paths)
-        , scheduler(preferences)
-        , accounts(preferences)
-        , media(exporter, images, preferences, home.path())
-        , deliveries(home.path() + QStringLiteral("/deliveries"))
-        , publishing(publishers, media, deliveries)
-        , storage(preferences)
+        : storage(stack.preferences)
     {
-        x = account(PlatformType::x, QStringLiteral("ada"));
-        sky = account(PlatformType::bluesky, QStringLiteral("ada.example.com"));
-        accounts.addAccount(x);
-        accounts.addAccount(sky);
-        accounts.setPlatformEnabled(PlatformType::x, true);
-        accounts.setPlatformEnabled(PlatformType::bluesky, true);
-        composer = std::make_unique<Composer>(preferences, storage, std::make_unique<QtDebounceTimer>());
-        window = std::make_unique<ComposerWindow>(*composer, InstanceServices{paths, events, preferences, scheduler, accounts,
-                                                                               publishing, clock});
+        x = stack.addAccount(PlatformType::x, QStringLiteral("ada"));
+        sky = stack.addAccount(PlatformType::bluesky, QStringLiteral("ada.example.com"));
+        composer = std::make_unique<Composer>(stack.preferences, storage, std::make_unique<QtDebounceTimer>());
+        window = std::make_unique<ComposerWindow>(*composer, stack.services());
         window->show();
     }
 
@@ -71,19 +41,7 @@ protected:
         ASSERT_TRUE(!finished.isEmpty() || finished.wait(5000));
     }
 
-    TempHome home;
-    AppPaths paths;
-    ManualClock clock;
-    PreferenceStore preferences;
-    SchedulerService scheduler;
-    AccountManager accounts;
-    AppEvents events;
-    UnusedExporter exporter;
-    UnusedImageEncoder images;
-    MediaPreparationService media;
-    DeliveryRecordStore deliveries;
-    FakePublisherFactory publishers;
-    PublishingService publishing;
+    UiStack stack;
     PostStorage storage;
     std::unique_ptr<Composer> composer;
     std::unique_ptr<ComposerWindow> window;
@@ -113,8 +71,8 @@ TEST_F(ComposerWindowTest, CountsTurnRedOnlyForTheNetworkThatIsExceeded)
 
 TEST_F(ComposerWindowTest, PostPublishesTheThreadToEveryAccountAndShowsTheLinks)
 {
-    FakePublisher& toX = publishers.add(x.id, QStringLiteral("x"));
-    FakePublisher& toSky = publishers.add(sky.id, QStringLiteral("sky"));
+    FakePublisher& toX = stack.publishers.add(x.id, QStringLiteral("x"));
+    FakePublisher& toSky = stack.publishers.add(sky.id, QStringLiteral("sky"));
     QTest::keyClicks(text(0), QStringLiteral("First post"));
     QTest::keyClick(text(0), Qt::Key_Return, Qt::ControlModifier); // the next post, right here
     ASSERT_EQ(window->editors().size(), 2);
@@ -141,8 +99,8 @@ TEST_F(ComposerWindowTest, PostPublishesTheThreadToEveryAccountAndShowsTheLinks)
 
 TEST_F(ComposerWindowTest, CancelStopsPublishing)
 {
-    FakePublisher& toX = publishers.add(x.id, QStringLiteral("x"));
-    publishers.add(sky.id, QStringLiteral("sky")).holdBeforePost = true;
+    FakePublisher& toX = stack.publishers.add(x.id, QStringLiteral("x"));
+    stack.publishers.add(sky.id, QStringLiteral("sky")).holdBeforePost = true;
     toX.holdBeforePost = true;
     QTest::keyClicks(text(0), QStringLiteral("Never mind"));
     QSignalSpy finished(window.get(), &ComposerWindow::publishFinished);
@@ -161,20 +119,20 @@ TEST_F(ComposerWindowTest, ScheduleSheetTakesPlainWordsAndStoresTheThread)
     ScheduleSheet* sheet = window->scheduleSheet();
     ASSERT_NE(sheet, nullptr);
     QTest::keyClicks(sheet->wordsField(), QStringLiteral("in 2 hours"));
-    EXPECT_EQ(sheet->scheduledDate().toSecsSinceEpoch(), clock.now().toDateTime().addSecs(7200).toSecsSinceEpoch());
+    EXPECT_EQ(sheet->scheduledDate().toSecsSinceEpoch(), stack.clock.now().toDateTime().addSecs(7200).toSecsSinceEpoch());
     QTest::keyClicks(sheet->wordsField(), QStringLiteral(" and a bit"));
     EXPECT_TRUE(sheet->warning().contains(QStringLiteral("does not understand")));
     sheet->wordsField()->clear();
     QTest::keyClicks(sheet->wordsField(), QStringLiteral("tomorrow 9:00"));
     sheet->accept();
 
-    ASSERT_EQ(scheduler.scheduledPosts().size(), 1);
-    const ScheduledPost& stored = scheduler.scheduledPosts().first();
+    ASSERT_EQ(stack.scheduler.scheduledPosts().size(), 1);
+    const ScheduledPost& stored = stack.scheduler.scheduledPosts().first();
     EXPECT_EQ(stored.content.at(0).text, QStringLiteral("Later"));
     EXPECT_EQ(stored.status, PostStatus::queued);
     EXPECT_EQ(stored.platforms, (QStringList{QStringLiteral("x"), QStringLiteral("bluesky")}));
     const QDateTime when = stored.scheduledDate.toDateTime().toLocalTime();
     EXPECT_EQ(when.time(), QTime(9, 0));
-    EXPECT_EQ(when.date(), clock.now().toDateTime().toLocalTime().date().addDays(1));
+    EXPECT_EQ(when.date(), stack.clock.now().toDateTime().toLocalTime().date().addDays(1));
     EXPECT_TRUE(composer->posts().at(0).text.isEmpty());
 }

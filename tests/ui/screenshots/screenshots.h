@@ -1,0 +1,6 @@
+#pragma once
+
+class ScreenshotSession;
+
+// One function per area of the app; each builds its windows with sample content and saves them.
+void addComposerShots(ScreenshotSession& session);
