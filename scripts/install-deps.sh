@@ -22,6 +22,8 @@ packages=(
   libbenchmark-dev
   # The ffmpeg command line is the yardstick of the export benchmark; the fonts draw burned-in captions.
   ffmpeg fonts-dejavu-core
+  # Emoji in posts, as the screenshots under Xvfb show them.
+  fonts-noto-color-emoji
   # A private session bus for the notification and shortcut portal tests.
   dbus-daemon
   # Global shortcuts on X11: key grabs through xcb, keysym lookup; the test server and

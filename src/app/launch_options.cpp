@@ -3,7 +3,23 @@
 #include "app/text_command_line.h"
 #include "core/session_environment.h"
 
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QUrl>
+
 namespace {
+
+// A file a file manager hands over: a file:// URL or a path to an existing file.
+QString mediaFileOf(const QString& argument)
+{
+    if (argument.startsWith(QStringLiteral("file:"), Qt::CaseInsensitive))
+        return QUrl(argument).toLocalFile();
+    if (argument.startsWith(u'-'))
+        return {};
+    const QFileInfo info(argument);
+    return info.isFile() ? info.absoluteFilePath() : QString();
+}
 
 bool isOne(const QProcessEnvironment& env, const QString& name)
 {
@@ -68,10 +84,16 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
         options.commandArguments = arguments;
         return options;
     }
+    QStringList files;
     for (const QString& argument : arguments) {
         if (argument.startsWith(QStringLiteral("quillo:"), Qt::CaseInsensitive))
             options.urls.append(argument);
+        else if (const QString file = mediaFileOf(argument); !file.isEmpty())
+            files.append(file);
     }
+    // "Open with Quillo" from a file manager: a new post with the files attached.
+    if (!files.isEmpty())
+        options.urls.append(composeUrlForFiles(files));
     if (!options.urls.isEmpty()) {
         options.mode = RunMode::forwarder;
         return options;
@@ -79,6 +101,16 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments, const QProcessE
     const bool headless = arguments.contains(QStringLiteral("--headless")) || !SessionEnvironment::hasDisplay(env);
     options.mode = headless ? RunMode::headless : RunMode::desktop;
     return options;
+}
+
+QString LaunchOptions::composeUrlForFiles(const QStringList& files)
+{
+    // A JSON array keeps commas in file names intact; a post takes four attachments.
+    QJsonArray media;
+    for (const QString& file : files.mid(0, 4))
+        media.append(file);
+    const QByteArray json = QJsonDocument(media).toJson(QJsonDocument::Compact);
+    return QStringLiteral("quillo://compose?media=") + QString::fromLatin1(QUrl::toPercentEncoding(QString::fromUtf8(json)));
 }
 
 QStringList LaunchOptions::argumentsOf(int argc, char** argv)

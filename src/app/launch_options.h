@@ -30,6 +30,8 @@ struct LaunchOptions {
     QStringList commandArguments;
 
     static LaunchOptions parse(const QStringList& arguments, const QProcessEnvironment& env);
+    // The command that starts a post with these files attached (the first four).
+    static QString composeUrlForFiles(const QStringList& files);
     // argv without the program name, as Qt strings.
     static QStringList argumentsOf(int argc, char** argv);
 };

@@ -37,28 +37,6 @@ bool logStealth(const CommandParams& params)
     return isStealth(params);
 }
 
-std::optional<QuoteContext> quoteFrom(const QString& quote)
-{
-    if (quote.trimmed().isEmpty())
-        return std::nullopt;
-    QuoteContext context;
-    context.text = quote.trimmed();
-    // A link to the post is the usual way to name it; keep what its address tells.
-    const QUrl url(context.text);
-    const QStringList path = url.path().split(u'/', Qt::SkipEmptyParts);
-    const QString host = url.host().toLower();
-    if ((host.endsWith(QStringLiteral("x.com")) || host.endsWith(QStringLiteral("twitter.com"))) && path.size() >= 3
-        && path[1] == QStringLiteral("status"))
-        context.setIdOn(PlatformType::x, path[2]);
-    else if (host == QStringLiteral("bsky.app") && path.size() >= 4 && path[0] == QStringLiteral("profile")
-             && path[2] == QStringLiteral("post"))
-        context.setIdOn(PlatformType::bluesky,
-                        QStringLiteral("at://") + path[1] + QStringLiteral("/app.bsky.feed.post/") + path[3]);
-    else if (path.size() >= 2 && path[0].startsWith(u'@'))
-        context.setIdOn(PlatformType::mastodon, path[1]);
-    return context;
-}
-
 PostStatus statusFrom(const CommandParams& params, PostStatus fallback)
 {
     const auto text = params.get(QStringLiteral("status"));
@@ -209,7 +187,7 @@ QList<Post> URLSchemeHandler::threadFrom(const CommandParams& params, const QStr
     // Callers attach media and quotes to the first post: there always is one.
     if (posts.isEmpty())
         posts.append(Post::create(QString()));
-    posts.first().quoteContext = quoteFrom(params.value(QStringLiteral("quote")));
+    posts.first().quoteContext = QuoteContext::fromLink(params.value(QStringLiteral("quote")));
     return posts;
 }
 

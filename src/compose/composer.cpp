@@ -112,7 +112,14 @@ void Composer::movePost(qsizetype from, qsizetype to)
     if (!isValidIndex(from) || !isValidIndex(to) || from == to)
         return;
     QList<Post> posts = m_posts;
+    // The quote and the community belong to the thread, which its first post carries.
+    const auto quote = posts.first().quoteContext;
+    const auto community = posts.first().communityContext;
+    posts.first().quoteContext.reset();
+    posts.first().communityContext.reset();
     posts.move(from, to);
+    posts.first().quoteContext = quote;
+    posts.first().communityContext = community;
     changePosts(posts);
 }
 
@@ -146,6 +153,48 @@ void Composer::removeMedia(qsizetype index, const QUuid& mediaId)
     const auto removed = posts[index].mediaItems.removeIf([&](const PostMedia& media) { return media.id == mediaId; });
     if (removed > 0)
         changePosts(posts);
+}
+
+void Composer::setCommunity(const std::optional<CommunityContext>& community)
+{
+    if (m_posts.isEmpty())
+        return;
+    QList<Post> posts = m_posts;
+    posts.first().communityContext = community;
+    changePosts(posts);
+}
+
+std::optional<CommunityContext> Composer::community() const
+{
+    return m_posts.isEmpty() ? std::nullopt : m_posts.first().communityContext;
+}
+
+void Composer::setQuote(const std::optional<QuoteContext>& quote)
+{
+    if (m_posts.isEmpty())
+        return;
+    QList<Post> posts = m_posts;
+    posts.first().quoteContext = quote;
+    changePosts(posts);
+}
+
+std::optional<QuoteContext> Composer::quote() const
+{
+    return m_posts.isEmpty() ? std::nullopt : m_posts.first().quoteContext;
+}
+
+void Composer::updateMedia(qsizetype index, const PostMedia& media)
+{
+    if (!isValidIndex(index))
+        return;
+    QList<Post> posts = m_posts;
+    for (PostMedia& existing : posts[index].mediaItems) {
+        if (existing.id != media.id || existing == media)
+            continue;
+        existing = media;
+        changePosts(posts);
+        return;
+    }
 }
 
 namespace {
@@ -196,6 +245,30 @@ bool Composer::paste(qsizetype index, qsizetype cursor, const QString& pasted)
             this, [this, afterId, rest, source] { addOverflowPosts(afterId, rest, source); }, Qt::QueuedConnection);
     }
     return true;
+}
+
+QStringList Composer::splitPreview(qsizetype index) const
+{
+    if (!isValidIndex(index))
+        return {};
+    const QString& text = m_posts.at(index).text;
+    const bool fits = m_networks.isEmpty() ? Graphemes::count(text) <= PasteLimit
+                                           : TextSplitter::fitsAll(text, m_networks, m_mastodonLimit);
+    if (fits)
+        return {text};
+    return TextSplitter::splitFor(text, m_networks, m_mastodonLimit, PasteLimit);
+}
+
+void Composer::splitPost(qsizetype index)
+{
+    const QStringList pieces = splitPreview(index);
+    if (pieces.size() < 2)
+        return;
+    const QString text = m_posts.at(index).text;
+    const QUuid id = m_posts.at(index).id;
+    setText(index, pieces.first());
+    const QString source = text.sliced(pieces.first().size() + separatorAt(text, pieces.first().size()));
+    addOverflowPosts(id, pieces.mid(1), source);
 }
 
 void Composer::addOverflowPosts(const QUuid& afterId, const QStringList& pieces, const QString& source)

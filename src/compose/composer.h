@@ -65,6 +65,14 @@ public:
     // MediaLimitMessage is shown once.
     void addMedia(qsizetype index, const QList<PostMedia>& picked);
     void removeMedia(qsizetype index, const QUuid& mediaId);
+    // The X community the thread goes to (kept on its first post); none posts to the timeline.
+    void setCommunity(const std::optional<CommunityContext>& community);
+    std::optional<CommunityContext> community() const;
+    // The post the thread quotes (kept on its first post).
+    void setQuote(const std::optional<QuoteContext>& quote);
+    std::optional<QuoteContext> quote() const;
+    // Replaces the attachment with the same id: alt text typed, a video's edits saved.
+    void updateMedia(qsizetype index, const PostMedia& media);
 
     // The networks the thread goes to, as the window's selection says; a paste is then cut
     // so that every piece fits each of them (`mastodonLimit` for Mastodon).
@@ -75,6 +83,10 @@ public:
     // post's text becomes what stood before the cursor plus the first piece, and the other
     // pieces follow as new posts on the next turn of the event loop.
     bool paste(qsizetype index, qsizetype cursor, const QString& pasted);
+    // Where the splitter would cut a post's text for the chosen networks: one piece when it fits.
+    QStringList splitPreview(qsizetype index) const;
+    // Cuts a post that is too long into posts that fit, right where it stands.
+    void splitPost(qsizetype index);
     // Inserts pieces as posts right after the post with `afterId` (at the end when it is
     // gone). Past maxPosts the rest goes into the last post, so no text is dropped; its
     // counter then shows it is too long. `source`, the text the pieces were split from

@@ -23,6 +23,10 @@ struct QuoteContext {
     std::optional<QString> idOn(PlatformType platform) const;
     void setIdOn(PlatformType platform, const QString& id) { platformIds.insert(rawValue(platform), id); }
 
+    // A pasted link to a post (x.com/twitter.com, bsky.app, a Mastodon instance) or any
+    // other text naming it; the id is filled in where the address tells it. Nothing for blank text.
+    static std::optional<QuoteContext> fromLink(const QString& link);
+
     void write(JsonWriter& writer) const;
     Json toJson() const { return toJsonValue(*this); }
     static QuoteContext decode(const JsonReader& reader);

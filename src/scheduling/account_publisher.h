@@ -2,6 +2,7 @@
 
 #include "model/delivery_record.h"
 #include "model/post.h"
+#include "model/recent_post.h"
 
 #include <QList>
 #include <QString>
@@ -38,6 +39,9 @@ public:
     // Posts job.thread[from...] in order, calling `delivered` right after each post is on
     // the network (before the next request). Throws QuilloError.
     virtual QCoro::Task<void> publish(ThreadJob job, Delivered delivered, Status status) = 0;
+    // The account's own latest top-level posts, for the quote picker; none where the
+    // network's client cannot list them. Throws QuilloError.
+    virtual QCoro::Task<QList<RecentPost>> recentPosts() { co_return QList<RecentPost>{}; }
     // Stops the running upload or request; publish() then throws.
     virtual void cancel() = 0;
 };

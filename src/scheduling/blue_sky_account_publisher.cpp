@@ -20,3 +20,9 @@ QCoro::Task<void> BlueSkyAccountPublisher::publish(ThreadJob job, Delivered deli
     QCoro::Task<BlueSkyThreadResult> posting = m_service->postThread(job.thread.mid(from), onState, onPosted, continueFrom);
     co_await std::move(posting);
 }
+
+QCoro::Task<QList<RecentPost>> BlueSkyAccountPublisher::recentPosts()
+{
+    QCoro::Task<QList<RecentPost>> fetching = m_service->fetchRecentPosts();
+    co_return co_await std::move(fetching);
+}

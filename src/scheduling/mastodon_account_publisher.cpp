@@ -20,3 +20,9 @@ QCoro::Task<void> MastodonAccountPublisher::publish(ThreadJob job, Delivered del
     QCoro::Task<QList<MastodonPostResult>> posting = m_service->postThread(thread, onState, onPosted);
     co_await std::move(posting);
 }
+
+QCoro::Task<QList<RecentPost>> MastodonAccountPublisher::recentPosts()
+{
+    QCoro::Task<QList<RecentPost>> fetching = m_service->fetchRecentPosts();
+    co_return co_await std::move(fetching);
+}

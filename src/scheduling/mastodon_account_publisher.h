@@ -11,6 +11,7 @@ public:
 
     QCoro::Task<void> publish(ThreadJob job, Delivered delivered, Status status) override;
     void cancel() override { m_service->cancel(); }
+    QCoro::Task<QList<RecentPost>> recentPosts() override;
     MastodonService& service() { return *m_service; }
 
 private:

@@ -53,6 +53,20 @@ void PublishingService::throwIfCancelled(std::optional<PlatformType> platform)
     throw PublishError::cancelled();
 }
 
+QCoro::Task<QList<RecentPost>> PublishingService::recentPosts(SocialAccount account)
+{
+    AccountPublisher* publisher = m_publishers.publisherFor(account);
+    if (!publisher)
+        co_return QList<RecentPost>{};
+    QCoro::Task<QList<RecentPost>> fetching = publisher->recentPosts();
+    co_return co_await std::move(fetching);
+}
+
+void PublishingService::forgetDeliveries(const QUuid& threadId)
+{
+    m_deliveries.remove(threadId);
+}
+
 QCoro::Task<QList<PublishResult>> PublishingService::publish(PublishRequest request)
 {
     m_publishing = true;

@@ -45,6 +45,11 @@ public:
     // Stops the running export or upload and ends publishing at the next step.
     void cancel();
     bool isPublishing() const { return m_publishing; }
+    // The account's latest own posts through its network's client (none where it cannot
+    // list them). Throws QuilloError.
+    QCoro::Task<QList<RecentPost>> recentPosts(SocialAccount account);
+    // Drops what was recorded as delivered for a thread that needs no further retry.
+    void forgetDeliveries(const QUuid& threadId);
 
     // Mastodon, then BlueSky, then X.
     static QList<PlatformType> platformOrder();

@@ -1,5 +1,6 @@
 #include "ui/desktop_window_host.h"
 
+#include "ui/app_icon.h"
 #include "ui/desktop_windows.h"
 
 #include <QApplication>
@@ -9,6 +10,7 @@ std::unique_ptr<QCoreApplication> DesktopWindowHost::createApplication(int& argc
     auto app = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setDesktopFileName(QStringLiteral("quillo"));
+    QApplication::setWindowIcon(AppIcon::icon());
     return app;
 }
 

@@ -2,6 +2,8 @@
 
 #include "compose/composer.h"
 #include "compose/debounce_timer.h"
+#include "compose/media_attacher.h"
+#include "core/app_paths.h"
 #include "compose/post_storage.h"
 #include "events/app_events.h"
 #include "ui/composer_window.h"
@@ -15,6 +17,9 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent
     , m_services(services)
     , m_storage(std::make_unique<PostStorage>(services.preferences))
     , m_composer(std::make_unique<Composer>(services.preferences, *m_storage, std::make_unique<QtDebounceTimer>()))
+    , m_images(WorkerImageEncoder::defaultWorkerPath())
+    , m_prober(WorkerImageEncoder::defaultWorkerPath())
+    , m_attacher(std::make_unique<MediaAttacher>(services.paths.mediaDir(), m_images, m_prober))
     , m_tray(std::make_unique<TrayController>(services.events, services.scheduler, services.preferences, services.clock))
 {
     AppEvents& events = services.events;
@@ -27,7 +32,7 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent
     });
     connect(&events, &AppEvents::scheduledPostEditRequested, this, [this](const ScheduledPost& post) {
         m_composer->editScheduledPost(post);
-        composer().selectPlatforms(post.platforms);
+        composer().selectDestinations(post);
         composer().bringToFront();
     });
     connect(&events, &AppEvents::alertRequested, this, &DesktopWindows::showAlert);
@@ -40,7 +45,7 @@ DesktopWindows::~DesktopWindows() = default;
 ComposerWindow& DesktopWindows::composer()
 {
     if (!m_composerWindow)
-        m_composerWindow = std::make_unique<ComposerWindow>(*m_composer, m_services);
+        m_composerWindow = std::make_unique<ComposerWindow>(*m_composer, m_services, *m_attacher);
     return *m_composerWindow;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/window_host.h"
+#include "media/worker_image_encoder.h"
+#include "media/worker_media_prober.h"
 #include "model/post.h"
 #include "model/scheduled_post.h"
 
@@ -10,6 +12,7 @@
 #include <memory>
 
 class Composer;
+class MediaAttacher;
 class ComposerWindow;
 class PostStorage;
 class TrayController;
@@ -35,6 +38,9 @@ private:
     InstanceServices m_services;
     std::unique_ptr<PostStorage> m_storage;
     std::unique_ptr<Composer> m_composer;
+    WorkerImageEncoder m_images;
+    WorkerMediaProber m_prober;
+    std::unique_ptr<MediaAttacher> m_attacher;
     std::unique_ptr<ComposerWindow> m_composerWindow;
     std::unique_ptr<TrayController> m_tray;
 };

@@ -1,8 +1,16 @@
 #include "ui/publish_panel.h"
 
+#include <QDesktopServices>
 #include <QLabel>
 #include <QProgressBar>
+#include <QUrl>
 #include <QVBoxLayout>
+
+namespace {
+
+const QString kRetryScheme = QStringLiteral("retry");
+
+} // namespace
 
 PublishPanel::PublishPanel(QWidget* parent)
     : QWidget(parent)
@@ -15,7 +23,13 @@ PublishPanel::PublishPanel(QWidget* parent)
     m_progress->setTextVisible(false);
     m_detail->setForegroundRole(QPalette::PlaceholderText);
     m_results->setTextFormat(Qt::RichText);
-    m_results->setOpenExternalLinks(true);
+    connect(m_results, &QLabel::linkActivated, this, [this](const QString& link) {
+        const QUrl url(link);
+        if (url.scheme() == kRetryScheme)
+            Q_EMIT retryRequested(QUuid::fromString(url.path()));
+        else
+            QDesktopServices::openUrl(url);
+    });
     m_results->setTextInteractionFlags(Qt::TextBrowserInteraction);
     m_results->setWordWrap(true);
     auto* layout = new QVBoxLayout(this);
@@ -60,7 +74,9 @@ void PublishPanel::showResults(const QList<PublishResult>& results)
     for (const PublishResult& result : results) {
         const QString who = QString(displayName(result.platform) + u' ' + result.accountName).toHtmlEscaped();
         if (!result.success)
-            lines << QStringLiteral("✗ %1: %2").arg(who, result.error.toHtmlEscaped());
+            lines << QStringLiteral("✗ %1: %2 <a href=\"%3:%4\">%5</a>")
+                         .arg(who, result.error.toHtmlEscaped(), kRetryScheme,
+                              result.accountId.toString(QUuid::WithoutBraces), tr("Retry"));
         else if (result.url.isEmpty())
             lines << QStringLiteral("✓ %1").arg(who);
         else

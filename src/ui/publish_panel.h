@@ -22,6 +22,11 @@ public:
     void showResults(const QList<PublishResult>& results);
     void showError(const QString& message);
     QString resultsText() const;
+    QLabel* resultsLabel() const { return m_results; }
+
+Q_SIGNALS:
+    // The "Retry" link beside a failed account.
+    void retryRequested(const QUuid& accountId);
 
 private:
     QLabel* m_status;

@@ -42,6 +42,7 @@ ScheduleSheet::ScheduleSheet(const QDateTime& now, const QString& destinations, 
     , m_destinations(destinations)
 {
     setWindowTitle(tr("Schedule Post"));
+    setMinimumWidth(440);
     m_date->setCalendarPopup(true);
     m_date->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm"));
     m_date->setDateTime(now.addSecs(3600));

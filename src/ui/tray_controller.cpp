@@ -5,11 +5,11 @@
 #include "core/preference_store.h"
 #include "events/app_events.h"
 #include "store/scheduler_service.h"
+#include "ui/app_icon.h"
 
 #include <QApplication>
 #include <QDateTime>
 #include <QMenu>
-#include <QStyle>
 #include <QSystemTrayIcon>
 
 #include <algorithm>
@@ -33,7 +33,7 @@ TrayController::TrayController(AppEvents& events, SchedulerService& scheduler, P
     m_menu->addSeparator();
     m_menu->addAction(tr("Quit Quillo"), qApp, &QCoreApplication::quit);
 
-    m_icon->setIcon(QIcon::fromTheme(QStringLiteral("quillo"), qApp->style()->standardIcon(QStyle::SP_FileDialogDetailedView)));
+    m_icon->setIcon(AppIcon::icon());
     m_icon->setContextMenu(m_menu);
     m_icon->setToolTip(QStringLiteral("Quillo"));
     connect(m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -64,7 +64,9 @@ QString TrayController::dueTodayText() const
     const qsizetype due = std::count_if(posts.cbegin(), posts.cend(), [&](const ScheduledPost& post) {
         return post.status == PostStatus::queued && post.scheduledDate >= start && post.scheduledDate < end;
     });
-    return due == 0 ? QString() : tr("%n post(s) due today", nullptr, int(due));
+    if (due == 0)
+        return {};
+    return due == 1 ? tr("1 post due today") : tr("%1 posts due today").arg(due);
 }
 
 void TrayController::refreshDueToday()

@@ -1,4 +1,9 @@
 #include "app/launch_options.h"
+#include "support/temp_home.h"
+
+#include <QFile>
+#include <QUrl>
+#include <QUrlQuery>
 
 #include <gtest/gtest.h>
 
@@ -70,6 +75,27 @@ TEST(LaunchOptions, ForwarderKeepsEveryUrlInOrder)
 {
     const LaunchOptions options = LaunchOptions::parse(args({"quillo://a", "--x", "QUILLO://b"}), env({}));
     EXPECT_EQ(options.urls, args({"quillo://a", "QUILLO://b"}));
+}
+
+// "Open with Quillo": files from a file manager become one compose command with them attached.
+TEST(LaunchOptions, FilesBecomeAComposeCommandWithThemAttached)
+{
+    TempHome home;
+    const QString photo = home.path() + QStringLiteral("/beach, sunset.png");
+    const QString clip = home.path() + QStringLiteral("/clip.mp4");
+    QFile(photo).open(QIODevice::WriteOnly);
+    QFile(clip).open(QIODevice::WriteOnly);
+    const LaunchOptions options = LaunchOptions::parse(
+        {photo, QUrl::fromLocalFile(clip).toString(), home.path() + QStringLiteral("/gone.png"), QStringLiteral("--headless")}, env({}));
+    EXPECT_EQ(options.mode, RunMode::forwarder);
+    ASSERT_EQ(options.urls.size(), 1);
+    const QUrl url(options.urls.first());
+    EXPECT_EQ(url.host(), QStringLiteral("compose"));
+    EXPECT_EQ(QUrlQuery(url).queryItemValue(QStringLiteral("media"), QUrl::FullyDecoded),
+              QStringLiteral("[\"%1\",\"%2\"]").arg(photo, clip))
+        << "the comma in a name survives, a missing file is left out";
+
+    EXPECT_EQ(LaunchOptions::parse({home.path()}, env({})).mode, RunMode::desktop) << "a folder is not media";
 }
 
 } // namespace

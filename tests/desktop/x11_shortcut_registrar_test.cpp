@@ -3,11 +3,10 @@
 #include "desktop/shortcut_manager.h"
 #include "desktop/x11_shortcut_registrar.h"
 #include "support/temp_home.h"
+#include "support/xvfb.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QProcess>
-#include <QStandardPaths>
 
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
@@ -20,42 +19,6 @@
 #include <memory>
 
 namespace {
-
-// An Xvfb of our own on a display it picks itself (-displayfd), stopped by its pid.
-class Xvfb {
-public:
-    ~Xvfb()
-    {
-        if (m_process.state() == QProcess::NotRunning)
-            return;
-        m_process.terminate();
-        if (!m_process.waitForFinished(5000))
-            m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    bool start()
-    {
-        const QString program = QStandardPaths::findExecutable(QStringLiteral("Xvfb"));
-        if (program.isEmpty())
-            return false;
-        m_process.start(program, {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
-                                  QStringLiteral("tcp"), QStringLiteral("-screen"), QStringLiteral("0"),
-                                  QStringLiteral("640x480x24")});
-        while (m_process.waitForReadyRead(10000) && !m_process.canReadLine()) {
-        }
-        if (!m_process.canReadLine())
-            return false;
-        m_display = QByteArray(":") + m_process.readLine().trimmed();
-        return true;
-    }
-
-    const QByteArray& display() const { return m_display; }
-
-private:
-    QProcess m_process;
-    QByteArray m_display;
-};
 
 // Another program on the same display: presses keys through XTest, or holds a grab.
 class XClient {

@@ -46,8 +46,15 @@ public:
         }
     }
     void cancel() override { m_cancelled = true; }
+    QCoro::Task<QList<RecentPost>> recentPosts() override
+    {
+        ++recentFetches;
+        co_return recent;
+    }
 
     QList<ThreadJob> jobs;
+    QList<RecentPost> recent;
+    int recentFetches = 0;
     int failAt = -1;
     bool holdBeforePost = false;
     std::function<void(int)> onPost;
