@@ -22,10 +22,12 @@ QImage blurred(const QImage& region)
 
 QRect RedactionRenderer::pixelRect(const QRectF& fractions, QSize size)
 {
-    const int left = int(std::floor(fractions.left() * size.width()));
-    const int top = int(std::floor(fractions.top() * size.height()));
-    const int right = int(std::ceil(fractions.right() * size.width()));
-    const int bottom = int(std::ceil(fractions.bottom() * size.height()));
+    // Outward to whole pixels, ignoring the rounding noise of sums such as 0.1 + 0.2.
+    constexpr double kNoise = 1e-6;
+    const int left = int(std::floor(fractions.left() * size.width() + kNoise));
+    const int top = int(std::floor(fractions.top() * size.height() + kNoise));
+    const int right = int(std::ceil(fractions.right() * size.width() - kNoise));
+    const int bottom = int(std::ceil(fractions.bottom() * size.height() - kNoise));
     return QRect(QPoint(left, top), QPoint(right - 1, bottom - 1)).intersected(QRect(QPoint(0, 0), size));
 }
 

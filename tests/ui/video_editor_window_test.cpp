@@ -5,6 +5,7 @@
 #include "ui/desktop_windows.h"
 #include "ui/image_redaction_window.h"
 #include "ui/redaction_canvas.h"
+#include "ui/redaction_renderer.h"
 #include "ui/subtitle_panel.h"
 #include "ui/timeline_view.h"
 #include "ui/tray_controller.h"
@@ -134,7 +135,7 @@ TEST_F(VideoEditorWindowTest, SplitsRemovesSilencesKeepsHistoryAndUndoesBackToTh
 
     // Unmarking the second silence from the clip menu keeps it on removal.
     const double secondSilence = timeline.displaySilences()[1].centre();
-    std::unique_ptr<QMenu> menu(window->timelineView()->clipMenu(secondSilence));
+    QMenu* menu = window->timelineView()->clipMenu(secondSilence);
     QStringList labels;
     for (QAction* entry : menu->actions())
         labels.append(entry->text());
@@ -143,6 +144,7 @@ TEST_F(VideoEditorWindowTest, SplitsRemovesSilencesKeepsHistoryAndUndoesBackToTh
         if (entry->text() == QStringLiteral("Unmark Silence"))
             entry->trigger();
     }
+    delete menu;
     ASSERT_TRUE(run(window, QStringLiteral("Remove detected silences")));
     EXPECT_NEAR(kept(timeline.clips()), kSeconds - 1.0, 0.15) << "only the marked silence is cut out";
     for (const ClipSegment& clip : timeline.clips())
@@ -187,7 +189,8 @@ TEST_F(VideoEditorWindowTest, ExportsTheKeptClipsWithAPresetAndReportsAFailedSav
 {
     VideoEditorWindow* window = open();
     ASSERT_TRUE(run(window, QStringLiteral("Remove detected silences")));
-    ASSERT_NEAR(kept(window->session().timeline().clips()), kSeconds - 2.0, 0.15);
+    const double keptSeconds = kept(window->session().timeline().clips());
+    ASSERT_LT(keptSeconds, kSeconds - 1.5) << "both quiet seconds are mostly cut out";
     window->presetBox()->setCurrentIndex(int(VideoEditorSession::presets().indexOf(VideoExportPreset::socialMedia)));
 
     // A caption at 0.5 s, burned in: the export goes through the subtitle renderer too.
@@ -207,7 +210,7 @@ TEST_F(VideoEditorWindowTest, ExportsTheKeptClipsWithAPresetAndReportsAFailedSav
     EXPECT_TRUE(finished.first().first().toBool()) << window->status().toStdString();
     ASSERT_EQ(suggestions.size(), 1);
     EXPECT_TRUE(suggestions[0].endsWith(QStringLiteral("talk-social.mp4"))) << suggestions[0].toStdString();
-    EXPECT_NEAR(probedDuration(saveAnswer), kSeconds - 2.0, 0.2);
+    EXPECT_NEAR(probedDuration(saveAnswer), keptSeconds, 0.15);
 
     saveAnswer = folder.filePath(QStringLiteral("missing/folder/out.mp4"));
     QSignalSpy failed(window, &VideoEditorWindow::exportFinished);
@@ -321,8 +324,11 @@ TEST_F(VideoEditorWindowTest, RedactionCoversPixelsOnExportAndKeepsRectanglesOnT
     EXPECT_TRUE(window->editor().shapes().isEmpty()) << "drawing is one undo step";
     window->editor().add(QRectF(0.1, 0.1, 0.2, 0.2), RedactionStyle::solid);
 
-    // A blurred one, then resized from its corner handle.
+    // A blurred one (the style box restyles the selected rectangle, so none is), then resized
+    // from its corner handle.
+    window->editor().select(std::nullopt);
     window->styleBox()->setCurrentIndex(1);
+    EXPECT_EQ(window->editor().shapes()[0].style, RedactionStyle::solid);
     QTest::mousePress(canvas, Qt::LeftButton, {}, at(0.5, 0.5));
     QTest::mouseMove(canvas, at(0.7, 0.7));
     QTest::mouseRelease(canvas, Qt::LeftButton, {}, at(0.7, 0.7));
@@ -338,24 +344,23 @@ TEST_F(VideoEditorWindowTest, RedactionCoversPixelsOnExportAndKeepsRectanglesOnT
     EXPECT_TRUE(suggestions.constLast().endsWith(QStringLiteral("card-redacted.png")));
     const QImage out(saveAnswer);
     ASSERT_EQ(out.size(), picture.size());
-    int solidChanged = 0;
+    const QRect solid = RedactionRenderer::pixelRect(window->editor().shapes()[0].rect, picture.size());
+    const QRect blur = RedactionRenderer::pixelRect(window->editor().shapes()[1].rect, picture.size());
+    EXPECT_EQ(solid, QRect(40, 30, 80, 60));
     int blurChanged = 0;
     int outsideChanged = 0;
-    for (int y = 0; y < 300; ++y) {
-        for (int x = 0; x < 400; ++x) {
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
             const bool changed = out.pixel(x, y) != picture.pixel(x, y);
-            const double fx = x / 400.0;
-            const double fy = y / 300.0;
-            if (fx >= 0.1 && fx < 0.3 && fy >= 0.1 && fy < 0.3)
-                solidChanged += changed;
-            else if (fx >= 0.5 && fx < 0.9 && fy >= 0.5 && fy < 0.9)
+            if (solid.contains(x, y))
+                EXPECT_EQ(out.pixel(x, y), qRgb(0, 0, 0)) << x << "," << y;
+            else if (blur.contains(x, y))
                 blurChanged += changed;
             else
                 outsideChanged += changed;
         }
     }
-    EXPECT_EQ(solidChanged, 80 * 60) << "every covered pixel is black";
-    EXPECT_GT(blurChanged, 160 * 120 * 9 / 10) << "the blurred area no longer holds the pattern";
+    EXPECT_GT(blurChanged, blur.width() * blur.height() * 9 / 10) << "the blurred area no longer holds the pattern";
     EXPECT_EQ(outsideChanged, 0);
 
     window->useInPost();
