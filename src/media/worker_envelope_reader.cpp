@@ -1,13 +1,8 @@
 #include "media/worker_envelope_reader.h"
 
 #include "core/json.h"
-#include "core/json_values.h"
 #include "media/media_log.h"
-
-#include <QFileInfo>
-#include <QProcess>
-
-#include <qcoro/qcoroprocess.h>
+#include "media/worker_answer.h"
 
 namespace {
 
@@ -34,26 +29,10 @@ WorkerEnvelopeReader::WorkerEnvelopeReader(QString workerPath, std::chrono::mill
 
 QCoro::Task<std::optional<LevelEnvelopeData>> WorkerEnvelopeReader::read(QString path)
 {
-    if (!QFileInfo(m_workerPath).isExecutable()) {
-        qCWarning(lcMedia).noquote() << "❌ The media worker is missing:" << m_workerPath;
-        co_return std::nullopt;
-    }
-    // Copied: the reader may be gone by the time the worker answers.
-    const auto timeout = m_timeout;
-    QProcess worker;
-    worker.setProcessChannelMode(QProcess::SeparateChannels);
     const QStringList arguments{QStringLiteral("envelope"), path};
-    const bool started = co_await qCoro(worker).start(m_workerPath, arguments, QIODevice::ReadOnly);
-    if (!started)
-        co_return std::nullopt;
-    const bool finished = co_await qCoro(worker).waitForFinished(timeout);
-    if (!finished) {
-        worker.kill();
-        worker.waitForFinished();
-        co_return std::nullopt;
-    }
-    const QList<QByteArray> lines = worker.readAllStandardOutput().trimmed().split('\n');
-    auto data = envelopeFrom(JsonValues::parseOrDiscard(lines.constLast().toStdString()));
+    QCoro::Task<std::optional<Json>> running = workerAnswer(m_workerPath, arguments, m_timeout);
+    const std::optional<Json> answer = co_await std::move(running);
+    auto data = answer ? envelopeFrom(*answer) : std::nullopt;
     if (!data)
         qCWarning(lcMedia).noquote() << "❌ No sound levels for" << path;
     co_return data;
