@@ -43,7 +43,10 @@ SubtitlePanel::SubtitlePanel(VideoEditorSession& session, MediaFileDialogs dialo
     , m_status(new QLabel(this))
 {
     m_table->setHorizontalHeaderLabels({tr("Start (s)"), tr("End (s)"), tr("Text")});
+    m_table->horizontalHeader()->setSectionResizeMode(startColumn, QHeaderView::ResizeToContents);
+    m_table->horizontalHeader()->setSectionResizeMode(endColumn, QHeaderView::ResizeToContents);
     m_table->horizontalHeader()->setSectionResizeMode(textColumn, QHeaderView::Stretch);
+    m_table->setWordWrap(true);
     m_table->verticalHeader()->hide();
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);

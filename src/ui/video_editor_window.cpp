@@ -34,7 +34,7 @@ namespace {
 
 constexpr int kPreviewWidth = 640;
 constexpr int kPlaybackTickMs = 40;
-constexpr int kDefaultPanelWidth = 320;
+constexpr int kDefaultPanelWidth = 380;
 
 QString clockText(double seconds)
 {
@@ -70,14 +70,16 @@ VideoEditorWindow::VideoEditorWindow(PostMedia media, PreferenceStore& preferenc
     m_preview->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_preview->setStyleSheet(QStringLiteral("background: black; color: #bbb"));
     m_status->setWordWrap(true);
-    m_toolbar = buildToolbar();
+    m_transport = buildTransportBar();
+    m_edits = buildEditBar();
 
     auto* editing = new QWidget(m_splitter);
     auto* editingLayout = new QVBoxLayout(editing);
     editingLayout->setContentsMargins(0, 0, 0, 0);
     editingLayout->addWidget(m_preview, 1);
     editingLayout->addWidget(m_time, 0, Qt::AlignHCenter);
-    editingLayout->addWidget(m_toolbar);
+    editingLayout->addWidget(m_transport);
+    editingLayout->addWidget(m_edits);
     editingLayout->addWidget(m_timeline);
     m_splitter->addWidget(editing);
     m_splitter->addWidget(m_subtitles);
@@ -106,25 +108,13 @@ VideoEditorWindow::VideoEditorWindow(PostMedia media, PreferenceStore& preferenc
 
 VideoEditorWindow::~VideoEditorWindow() = default;
 
-QToolBar* VideoEditorWindow::buildToolbar()
+QToolBar* VideoEditorWindow::buildTransportBar()
 {
     auto* toolbar = new QToolBar(this);
     toolbar->setToolButtonStyle(Qt::ToolButtonTextOnly);
     addAction(toolbar, tr("Go to start"), [this] { seek(0); });
     addAction(toolbar, tr("Play/Pause (Space)"), [this] { togglePlayback(); });
     addAction(toolbar, tr("Go to end"), [this] { seek(m_session.timeline().duration()); });
-    toolbar->addSeparator();
-    addAction(toolbar, tr("Earlier (−0.1s)"), [this] { nudge(-0.1); });
-    addAction(toolbar, tr("Later (+0.1s)"), [this] { nudge(0.1); });
-    addAction(toolbar, tr("Split at current time"), [this] { runTimelineAction(QStringLiteral("splitAtPlayhead")); });
-    addAction(toolbar, tr("Auto-split at silence"), [this] { runTimelineAction(QStringLiteral("detectSilenceAndSplit")); });
-    addAction(toolbar, tr("Remove detected silences"), [this] { runTimelineAction(QStringLiteral("removeDetectedSilences")); });
-    QAction* undo = addAction(toolbar, tr("Undo"), [this] {
-        if (m_session.timeline().undo())
-            qCInfo(lcUi).noquote() << "↩️ Video editor: undo";
-    });
-    undo->setShortcut(QKeySequence::Undo);
-    undo->setShortcutContext(Qt::WindowShortcut);
     toolbar->addSeparator();
     addAction(toolbar, tr("Zoom out"), [this] { m_session.zoomOut(); });
     addAction(toolbar, tr("Zoom in"), [this] { m_session.zoomIn(); });
@@ -133,11 +123,38 @@ QToolBar* VideoEditorWindow::buildToolbar()
     zoomLayout->setContentsMargins(6, 0, 6, 0);
     zoomLayout->setSpacing(0);
     auto* zoomTitle = new QLabel(tr("Timeline zoom"), zoom);
-    zoomTitle->setStyleSheet(QStringLiteral("font-size: small"));
+    QFont small = zoomTitle->font();
+    small.setPointSizeF(small.pointSizeF() * 0.85);
+    zoomTitle->setFont(small);
     zoomLayout->addWidget(zoomTitle);
     zoomLayout->addWidget(m_zoomReadout);
     toolbar->addWidget(zoom);
     return toolbar;
+}
+
+QToolBar* VideoEditorWindow::buildEditBar()
+{
+    auto* toolbar = new QToolBar(this);
+    toolbar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    addAction(toolbar, tr("Split at current time"), [this] { runTimelineAction(QStringLiteral("splitAtPlayhead")); });
+    addAction(toolbar, tr("Earlier (−0.1s)"), [this] { nudge(-0.1); });
+    addAction(toolbar, tr("Later (+0.1s)"), [this] { nudge(0.1); });
+    toolbar->addSeparator();
+    addAction(toolbar, tr("Auto-split at silence"), [this] { runTimelineAction(QStringLiteral("detectSilenceAndSplit")); });
+    addAction(toolbar, tr("Remove detected silences"), [this] { runTimelineAction(QStringLiteral("removeDetectedSilences")); });
+    toolbar->addSeparator();
+    QAction* undo = addAction(toolbar, tr("Undo"), [this] {
+        if (m_session.timeline().undo())
+            qCInfo(lcUi).noquote() << "↩️ Video editor: undo";
+    });
+    undo->setShortcut(QKeySequence::Undo);
+    undo->setShortcutContext(Qt::WindowShortcut);
+    return toolbar;
+}
+
+QList<QAction*> VideoEditorWindow::allActions() const
+{
+    return m_transport->actions() + m_edits->actions();
 }
 
 QAction* VideoEditorWindow::addAction(QToolBar* toolbar, const QString& text, std::function<void()> run)
@@ -208,7 +225,7 @@ QCoro::Task<bool> VideoEditorWindow::load()
 
 QAction* VideoEditorWindow::action(const QString& text) const
 {
-    for (QAction* candidate : m_toolbar->actions()) {
+    for (QAction* candidate : allActions()) {
         if (candidate->text() == text)
             return candidate;
     }
@@ -230,7 +247,7 @@ void VideoEditorWindow::refreshState()
     const bool loaded = m_session.isLoaded();
     const bool exporting = m_session.isExporting();
     const bool detecting = loaded && m_session.timeline().isDetectingSilence();
-    for (QAction* action : m_toolbar->actions())
+    for (QAction* action : allActions())
         action->setEnabled(loaded && !exporting && !detecting);
     m_zoomReadout->setText(QString::asprintf("%.2fx", m_session.zoom()));
     m_presetDescription->setText(VideoEditorSession::description(m_session.preset()));

@@ -65,7 +65,9 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    QToolBar* buildToolbar();
+    QToolBar* buildTransportBar();
+    QToolBar* buildEditBar();
+    QList<QAction*> allActions() const;
     QWidget* buildExportRow();
     QAction* addAction(QToolBar* toolbar, const QString& text, std::function<void()> run);
     void runTimelineAction(const QString& name);
@@ -89,7 +91,8 @@ private:
     TimelineView* m_timeline;
     SubtitlePanel* m_subtitles;
     QSplitter* m_splitter;
-    QToolBar* m_toolbar;
+    QToolBar* m_transport;
+    QToolBar* m_edits;
     QLabel* m_zoomReadout;
     QComboBox* m_presets;
     QLabel* m_presetDescription;

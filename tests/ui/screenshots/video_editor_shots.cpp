@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextStream>
 
 namespace {
 
@@ -69,26 +70,37 @@ PostMedia mediaFor(const QString& path, MediaType type)
     return media;
 }
 
+// Waits for the window's background work; says so when it never came.
+template<class Ready>
+bool settle(Ready ready, const char* what)
+{
+    if (QTest::qWaitFor(ready, 30000))
+        return true;
+    QTextStream(stderr) << "video editor shots: " << what << " did not finish\n";
+    return false;
+}
+
 void addEditorShot(ScreenshotSession& session, const QString& video)
 {
     VideoEditorWindow window(mediaFor(video, MediaType::video), session.stack().preferences,
                              QStringLiteral(QUILLO_MEDIA_BINARY), noDialogs());
     QCoro::connect(window.load(), &window, [](bool) {});
-    QTest::qWaitFor([&window] { return window.session().isLoaded(); }, 30000);
+    if (!settle([&window] { return window.session().isLoaded(); }, "loading"))
+        return;
     QCoro::connect(window.perform(QStringLiteral("detectSilenceAndSplit")), &window, [](bool) {});
-    QTest::qWaitFor([&window] { return !window.session().timeline().isDetectingSilence(); }, 30000);
+    settle([&window] { return !window.session().timeline().isDetectingSilence(); }, "silence detection");
     window.session().setSubtitles({{QUuid::createUuid(), 0.5, 3.8, QStringLiteral("Hi all, a quick update on the launch."), false, {}},
                                    {QUuid::createUuid(), 5.6, 9.9, QStringLiteral("The beta goes out on Monday."), false, {}},
                                    {QUuid::createUuid(), 12.6, 16.0, QStringLiteral("Thanks for all the feedback!"), false, {}}});
     window.seek(7.5);
-    QTest::qWaitFor([&window] { return !window.preview()->pixmap().isNull(); }, 20000);
+    settle([&window] { return !window.preview()->pixmap().isNull(); }, "the preview");
     session.save(window, QStringLiteral("video-editor"));
 }
 
 void addRedactionShot(ScreenshotSession& session, const QString& image)
 {
     ImageRedactionWindow window(mediaFor(image, MediaType::image), noDialogs());
-    window.editor().add(QRectF(0.19, 0.39, 0.42, 0.06), RedactionStyle::solid);
+    window.editor().add(QRectF(0.17, 0.39, 0.44, 0.06), RedactionStyle::solid);
     window.editor().add(QRectF(0.09, 0.30, 0.35, 0.06), RedactionStyle::blur);
     session.save(window, QStringLiteral("image-redaction"));
 }
