@@ -9,6 +9,9 @@
 #include <qcoro/qcorothread.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
 #include <memory>
 
 TimelineEditor::TimelineEditor(double duration, QList<ClipSegment> clips, QObject* parent)
@@ -37,6 +40,13 @@ bool TimelineEditor::undo()
     m_clips = m_undoStack.takeLast();
     Q_EMIT clipsChanged();
     return true;
+}
+
+void TimelineEditor::restore(QList<ClipSegment> clips, QList<QList<ClipSegment>> undoStack)
+{
+    m_clips = std::move(clips);
+    m_undoStack = std::move(undoStack);
+    Q_EMIT clipsChanged();
 }
 
 bool TimelineEditor::splitAtPlayhead()
@@ -89,6 +99,48 @@ bool TimelineEditor::mergeRight(const QUuid& id)
 {
     const qsizetype index = indexOf(id);
     return index >= 0 && merge(index, index + 1);
+}
+
+// A cut shared by two neighbouring clips moves as one; an edge next to a gap moves alone.
+bool TimelineEditor::nudgeEdge(double near, double delta)
+{
+    constexpr double kSame = 1e-9;
+    std::optional<double> edge;
+    for (const ClipSegment& clip : m_clips) {
+        for (const double candidate : {clip.start, clip.end}) {
+            if (!edge || std::abs(candidate - near) < std::abs(*edge - near))
+                edge = candidate;
+        }
+    }
+    if (!edge || delta == 0)
+        return false;
+    double lowest = 0;
+    double highest = m_duration;
+    for (qsizetype i = 0; i < m_clips.size(); ++i) {
+        const ClipSegment& clip = m_clips[i];
+        if (std::abs(clip.start - *edge) < kSame)
+            highest = std::min(highest, clip.end - ClipEdits::kShortestPiece);
+        else if (clip.end < *edge - kSame)
+            lowest = std::max(lowest, clip.end);
+        if (std::abs(clip.end - *edge) < kSame)
+            lowest = std::max(lowest, clip.start + ClipEdits::kShortestPiece);
+        else if (clip.start > *edge + kSame)
+            highest = std::min(highest, clip.start);
+    }
+    if (lowest > highest)
+        return false;
+    const double moved = std::clamp(*edge + delta, lowest, highest);
+    if (std::abs(moved - *edge) < kSame)
+        return false;
+    QList<ClipSegment> clips = m_clips;
+    for (ClipSegment& clip : clips) {
+        if (std::abs(clip.start - *edge) < kSame)
+            clip.start = moved;
+        if (std::abs(clip.end - *edge) < kSame)
+            clip.end = moved;
+    }
+    apply(std::move(clips));
+    return true;
 }
 
 void TimelineEditor::markSilence(double centre)

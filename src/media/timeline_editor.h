@@ -30,11 +30,19 @@ public:
 
     bool canUndo() const { return !m_undoStack.isEmpty(); }
     bool undo();
+    // The lists before each edit, oldest first: what the editor keeps per file.
+    const QList<QList<ClipSegment>>& undoStack() const { return m_undoStack; }
+    // Puts back a saved editing state (clips and their undo stack) without recording an edit.
+    void restore(QList<ClipSegment> clips, QList<QList<ClipSegment>> undoStack);
 
     bool splitAtPlayhead();
     bool removeClip(const QUuid& id);
     bool mergeLeft(const QUuid& id);
     bool mergeRight(const QUuid& id);
+    // Moves the clip edge nearest to `near` by `delta` seconds (a cut between two clips moves
+    // both), kept inside the source, off other clips and leaving clips at least
+    // ClipEdits::kShortestPiece long.
+    bool nudgeEdge(double near, double delta);
 
     // The last detection's result, and the silences the person unmarked (by their centre).
     const std::vector<TimeRange>& displaySilences() const { return m_displaySilences; }

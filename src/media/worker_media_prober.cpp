@@ -1,13 +1,7 @@
 #include "media/worker_media_prober.h"
 
 #include "core/json.h"
-#include "core/json_values.h"
-#include "media/media_log.h"
-
-#include <QFileInfo>
-#include <QProcess>
-
-#include <qcoro/qcoroprocess.h>
+#include "media/worker_answer.h"
 
 namespace {
 
@@ -35,22 +29,8 @@ WorkerMediaProber::WorkerMediaProber(QString workerPath, std::chrono::millisecon
 
 QCoro::Task<std::optional<MediaFacts>> WorkerMediaProber::probe(QString path)
 {
-    if (!QFileInfo(m_workerPath).isExecutable()) {
-        qCWarning(lcMedia).noquote() << "❌ The media worker is missing:" << m_workerPath;
-        co_return std::nullopt;
-    }
-    QProcess worker;
-    worker.setProcessChannelMode(QProcess::SeparateChannels);
     const QStringList arguments{QStringLiteral("probe"), path};
-    const bool started = co_await qCoro(worker).start(m_workerPath, arguments, QIODevice::ReadOnly);
-    if (!started)
-        co_return std::nullopt;
-    const bool finished = co_await qCoro(worker).waitForFinished(m_timeout);
-    if (!finished) {
-        worker.kill();
-        worker.waitForFinished();
-        co_return std::nullopt;
-    }
-    const QList<QByteArray> lines = worker.readAllStandardOutput().trimmed().split('\n');
-    co_return factsFrom(JsonValues::parseOrDiscard(lines.constLast().toStdString()));
+    QCoro::Task<std::optional<Json>> running = workerAnswer(m_workerPath, arguments, m_timeout);
+    const std::optional<Json> answer = co_await std::move(running);
+    co_return answer ? factsFrom(*answer) : std::nullopt;
 }

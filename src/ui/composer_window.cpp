@@ -353,13 +353,24 @@ void ComposerWindow::connectEditor(PostEditor* editor)
     connect(strip, &MediaStrip::removeRequested, this, [this, editor](const QUuid& mediaId) {
         m_composer.removeMedia(m_editors.indexOf(editor), mediaId);
     });
-    connect(strip, &MediaStrip::editVideoRequested, this, [this, editor](const QUuid& mediaId) {
+    const auto withMedia = [this, editor](const QUuid& mediaId, auto emitFor) {
         const Post post = m_composer.posts().value(m_editors.indexOf(editor));
         for (const PostMedia& media : post.mediaItems) {
             if (media.id == mediaId)
-                Q_EMIT editVideoRequested(post.id, media);
+                emitFor(post.id, media);
         }
+    };
+    connect(strip, &MediaStrip::editVideoRequested, this, [this, withMedia](const QUuid& mediaId) {
+        withMedia(mediaId, [this](const QUuid& owner, const PostMedia& media) { Q_EMIT editVideoRequested(owner, media); });
     });
+    connect(strip, &MediaStrip::redactRequested, this, [this, withMedia](const QUuid& mediaId) {
+        withMedia(mediaId, [this](const QUuid& owner, const PostMedia& media) { Q_EMIT redactImageRequested(owner, media); });
+    });
+}
+
+void ComposerWindow::applyMediaEdit(const QUuid& postId, const PostMedia& media)
+{
+    m_composer.updateMedia(indexOfPost(postId), media);
 }
 
 qsizetype ComposerWindow::indexOfPost(const QUuid& postId) const

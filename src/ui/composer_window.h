@@ -50,6 +50,8 @@ public:
     void selectPlatforms(const QStringList& names);
     // A stored post's networks, account modes and picked accounts.
     void selectDestinations(const ScheduledPost& post);
+    // An attachment edited elsewhere (video editor, redaction) replaces its earlier self.
+    void applyMediaEdit(const QUuid& postId, const PostMedia& media);
     QList<PlatformType> selectedPlatforms() const;
     // Opens the scheduling sheet, prefilled from a command when given.
     void openScheduleSheet(const std::optional<ScheduledPost>& prefilled = std::nullopt);
@@ -72,6 +74,8 @@ Q_SIGNALS:
     void mediaAttached();
     // The "Edit video" button of a post's video.
     void editVideoRequested(const QUuid& postId, const PostMedia& media);
+    // The "Redact…" button of a post's image.
+    void redactImageRequested(const QUuid& postId, const PostMedia& media);
 
 private:
     void syncEditors();

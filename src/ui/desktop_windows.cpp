@@ -3,13 +3,19 @@
 #include "compose/composer.h"
 #include "compose/debounce_timer.h"
 #include "compose/media_attacher.h"
-#include "core/app_paths.h"
 #include "compose/post_storage.h"
+#include "core/app_paths.h"
 #include "events/app_events.h"
+#include "media/worker_image_encoder.h"
 #include "ui/composer_window.h"
+#include "ui/image_redaction_window.h"
 #include "ui/tray_controller.h"
 #include "ui/ui_log.h"
+#include "ui/video_editor_window.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QMessageBox>
 
 DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent)
@@ -21,9 +27,13 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent
     , m_prober(WorkerImageEncoder::defaultWorkerPath())
     , m_attacher(std::make_unique<MediaAttacher>(services.paths.mediaDir(), m_images, m_prober))
     , m_tray(std::make_unique<TrayController>(services.events, services.scheduler, services.preferences, services.clock))
+    , m_dialogs(MediaFileDialogs::native())
+    , m_workerPath(WorkerImageEncoder::defaultWorkerPath())
 {
     AppEvents& events = services.events;
     connect(m_tray.get(), &TrayController::newPostRequested, this, [this] { composer().bringToFront(); });
+    connect(m_tray.get(), &TrayController::videoEditorRequested, this, &DesktopWindows::editVideoFile);
+    connect(m_tray.get(), &TrayController::imageRedactionRequested, this, &DesktopWindows::redactImageFile);
     connect(&events, &AppEvents::activateRequested, this, [this] { showComposer({}, {}); });
     connect(&events, &AppEvents::composerRequested, this, &DesktopWindows::showComposer);
     connect(&events, &AppEvents::schedulerRequested, this, [this](const ScheduledPost& prefilled) {
@@ -44,8 +54,16 @@ DesktopWindows::~DesktopWindows() = default;
 
 ComposerWindow& DesktopWindows::composer()
 {
-    if (!m_composerWindow)
-        m_composerWindow = std::make_unique<ComposerWindow>(*m_composer, m_services, *m_attacher);
+    if (m_composerWindow)
+        return *m_composerWindow;
+    m_composerWindow = std::make_unique<ComposerWindow>(*m_composer, m_services, *m_attacher);
+    // The editors hand back the same attachment (same id) with its edits as fields.
+    connect(m_composerWindow.get(), &ComposerWindow::editVideoRequested, this, [this](const QUuid& postId, const PostMedia& media) {
+        openVideoEditor(media, [this, postId](const PostMedia& edited) { m_composerWindow->applyMediaEdit(postId, edited); });
+    });
+    connect(m_composerWindow.get(), &ComposerWindow::redactImageRequested, this, [this](const QUuid& postId, const PostMedia& media) {
+        openImageRedaction(media, [this, postId](const PostMedia& edited) { m_composerWindow->applyMediaEdit(postId, edited); });
+    });
     return *m_composerWindow;
 }
 
@@ -70,4 +88,80 @@ void DesktopWindows::notYetAvailable(const QString& what)
 {
     showAlert(QStringLiteral("Quillo"), tr("%1 is not part of this version yet; meanwhile your editor's MCP tools "
                                            "list and edit scheduled posts.").arg(what));
+}
+
+VideoEditorWindow* DesktopWindows::openVideoEditor(const PostMedia& media, MediaEdited onEdited)
+{
+    auto* window = new VideoEditorWindow(media, m_services.preferences, m_workerPath, m_dialogs);
+    window->setDeleteWhenClosed(true);
+    connect(window, &VideoEditorWindow::mediaEdited, this, [onEdited = std::move(onEdited)](const PostMedia& edited) {
+        if (onEdited)
+            onEdited(edited);
+    });
+    window->show();
+    window->raise();
+    QCoro::connect(window->load(), window, [](bool) {});
+    qCInfo(lcUi).noquote() << "🪟 Video editor shown for" << media.localFile();
+    return window;
+}
+
+ImageRedactionWindow* DesktopWindows::openImageRedaction(const PostMedia& media, MediaEdited onEdited)
+{
+    auto* window = new ImageRedactionWindow(media, m_dialogs);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    connect(window, &ImageRedactionWindow::mediaEdited, this, [onEdited = std::move(onEdited)](const PostMedia& edited) {
+        if (onEdited)
+            onEdited(edited);
+    });
+    window->show();
+    window->raise();
+    qCInfo(lcUi).noquote() << "🪟 Redaction tool shown for" << media.localFile();
+    return window;
+}
+
+namespace {
+
+// An attachment over a file the person picked; it is copied into the media folder only
+// when it goes into a post.
+PostMedia pickedMedia(const QString& path, MediaType type)
+{
+    PostMedia media;
+    media.id = QUuid::createUuid();
+    media.type = type;
+    media.originalPath = FileUrl::fromLocalFile(path);
+    return media;
+}
+
+} // namespace
+
+void DesktopWindows::editVideoFile()
+{
+    const QString path = m_dialogs.openFile(nullptr, tr("Edit Video"), tr("Videos (*.mp4 *.mov *.m4v *.mkv *.webm)"));
+    if (path.isEmpty())
+        return;
+    openVideoEditor(pickedMedia(path, MediaType::video), [this](const PostMedia& edited) { attachToComposer(edited); });
+}
+
+void DesktopWindows::redactImageFile()
+{
+    const QString path = m_dialogs.openFile(nullptr, tr("Redact Image"), tr("Images (*.png *.jpg *.jpeg *.webp *.heic)"));
+    if (path.isEmpty())
+        return;
+    openImageRedaction(pickedMedia(path, MediaType::image), [this](const PostMedia& edited) { attachToComposer(edited); });
+}
+
+// The picked file goes into the media folder (posts own their files); its edits come along.
+void DesktopWindows::attachToComposer(const PostMedia& edited)
+{
+    const QString source = edited.localFile();
+    const QString folder = m_services.paths.mediaDir();
+    const QString copy = QDir(folder).filePath(QUuid::createUuid().toString(QUuid::WithoutBraces) + QStringLiteral(".")
+                                               + QFileInfo(source).suffix().toLower());
+    PostMedia attached = edited;
+    if (QDir().mkpath(folder) && QFile::copy(source, copy))
+        attached.originalPath = FileUrl::fromLocalFile(copy);
+    else
+        qCWarning(lcUi).noquote() << "⚠️ Could not copy" << source << "into the media folder; the post uses it in place";
+    m_composer->addMedia(m_composer->posts().size() - 1, {attached});
+    composer().bringToFront();
 }

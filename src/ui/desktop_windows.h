@@ -5,17 +5,21 @@
 #include "media/worker_media_prober.h"
 #include "model/post.h"
 #include "model/scheduled_post.h"
+#include "ui/media_file_dialogs.h"
 
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 
 class Composer;
 class MediaAttacher;
 class ComposerWindow;
+class ImageRedactionWindow;
 class PostStorage;
 class TrayController;
+class VideoEditorWindow;
 
 // The desktop instance's windows: the tray and the composer, shown on the requests that
 // commands, the tray and the running services raise.
@@ -30,10 +34,25 @@ public:
     Composer& composerModel() { return *m_composer; }
     TrayController& tray() { return *m_tray; }
 
+    // The media editors over one attachment. `onEdited` receives the item with the edits as
+    // fields ("Use in post"); the file itself is never changed. Each call opens a window of
+    // its own, which deletes itself when closed; the returned pointer is for observing it.
+    using MediaEdited = std::function<void(const PostMedia& edited)>;
+    VideoEditorWindow* openVideoEditor(const PostMedia& media, MediaEdited onEdited);
+    ImageRedactionWindow* openImageRedaction(const PostMedia& media, MediaEdited onEdited);
+    // The tray's "Edit Video…" and "Redact Image…": ask for a file, open it, and put the
+    // edited item into the composer's last post.
+    void editVideoFile();
+    void redactImageFile();
+    // Seams for tests: the open/save dialogs and where the media worker is.
+    void setMediaFileDialogs(MediaFileDialogs dialogs) { m_dialogs = std::move(dialogs); }
+    void setMediaWorkerPath(const QString& path) { m_workerPath = path; }
+
 private:
     void showComposer(const QList<Post>& drafts, const QStringList& platforms);
     void showAlert(const QString& title, const QString& message);
     void notYetAvailable(const QString& what);
+    void attachToComposer(const PostMedia& media);
 
     InstanceServices m_services;
     std::unique_ptr<PostStorage> m_storage;
@@ -43,4 +62,6 @@ private:
     std::unique_ptr<MediaAttacher> m_attacher;
     std::unique_ptr<ComposerWindow> m_composerWindow;
     std::unique_ptr<TrayController> m_tray;
+    MediaFileDialogs m_dialogs;
+    QString m_workerPath;
 };

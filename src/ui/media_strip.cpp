@@ -108,6 +108,12 @@ QWidget* MediaStrip::tile(const PostMedia& media)
         connect(alt, &QLineEdit::textEdited, this, [this, id](const QString& text) { Q_EMIT altTextEdited(id, text); });
         m_altFields.insert(id, alt);
         layout->addWidget(alt);
+        auto* redact = new QPushButton(tr("Redact…"), box);
+        redact->setToolTip(media.redactions.isEmpty() ? tr("Cover parts of the image before it is posted")
+                                                      : media.redactions.size() == 1 ? tr("1 area covered")
+                                                                                     : tr("%1 areas covered").arg(media.redactions.size()));
+        connect(redact, &QPushButton::clicked, this, [this, id] { Q_EMIT redactRequested(id); });
+        buttons->addWidget(redact);
     } else {
         auto* length = new QLabel(media.videoDuration ? durationText(*media.videoDuration) : tr("Video"), box);
         length->setAlignment(Qt::AlignHCenter);

@@ -28,6 +28,7 @@ Q_SIGNALS:
     void altTextEdited(const QUuid& mediaId, const QString& text);
     void removeRequested(const QUuid& mediaId);
     void editVideoRequested(const QUuid& mediaId);
+    void redactRequested(const QUuid& mediaId);
 
 private:
     void rebuild();

@@ -27,6 +27,8 @@ TrayController::TrayController(AppEvents& events, SchedulerService& scheduler, P
     m_menu->addAction(tr("New Post"), this, &TrayController::newPostRequested);
     m_menu->addAction(tr("Post Schedule"), this, [this] { Q_EMIT m_events.calendarRequested({}, {}, {}); });
     m_menu->addAction(tr("Settings"), this, [this] { Q_EMIT m_events.settingsRequested({}); });
+    m_menu->addAction(tr("Edit Video…"), this, &TrayController::videoEditorRequested);
+    m_menu->addAction(tr("Redact Image…"), this, &TrayController::imageRedactionRequested);
     m_menu->addSeparator();
     m_dueToday = m_menu->addAction(QString());
     m_dueToday->setEnabled(false);

@@ -26,6 +26,9 @@ public:
 
 Q_SIGNALS:
     void newPostRequested();
+    // "Edit Video…" and "Redact Image…": the desktop windows ask for the file.
+    void videoEditorRequested();
+    void imageRedactionRequested();
 
 private:
     void refreshDueToday();

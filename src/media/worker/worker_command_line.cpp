@@ -8,6 +8,7 @@
 #include "media/srt_file.h"
 #include "media/video_export_request.h"
 #include "media/worker/export_job.h"
+#include "media/worker/frame_job.h"
 #include "media/worker/image_job.h"
 #include "media/worker/level_envelope.h"
 #include "media/worker/media_probe.h"
@@ -40,6 +41,8 @@ const char* const kUsageText =
     "      the peak of each of N buckets (100 a second). Unreadable audio gives N zeros.\n"
     "  silences FILE\n"
     "      The quiet ranges of the sound track, as the video editor finds them.\n"
+    "  frame FILE OUT.jpg --at SECONDS [--width N]\n"
+    "      The picture shown at SECONDS, upright, scaled to fit N pixels across (640).\n"
     "  image IN OUT --format jpeg|png [--max-bytes N] [--redact X,Y,W,H[;X,Y,W,H...]]\n"
     "      Decode IN and write it re-encoded to OUT. With --max-bytes, lower the JPEG\n"
     "      quality, then the size, until the file fits. Cut-off files are refused.\n"
@@ -194,6 +197,22 @@ int runSilences(const Parsed& parsed)
     return print(answer);
 }
 
+const char* const kFrameUsage = "Usage: quillo-media frame FILE OUT.jpg --at SECONDS [--width N]\n";
+
+int runFrame(const Parsed& parsed)
+{
+    bool ok = false;
+    FrameJob::Options options;
+    options.input = parsed.positional[0];
+    options.output = parsed.positional[1];
+    options.at = parsed.options.value(QStringLiteral("--at")).toDouble(&ok);
+    const auto width = positive(parsed.options.value(QStringLiteral("--width"), QStringLiteral("640")));
+    if (!ok || !std::isfinite(options.at) || !width || *width > 8192)
+        return usage(kFrameUsage, kUsage);
+    options.maxWidth = int(*width);
+    return print(FrameJob::run(options));
+}
+
 // "0.1,0.2,0.3,0.1;…": fractions of the image, each rectangle inside it.
 std::optional<QList<QRectF>> parseRedactions(const QString& text)
 {
@@ -342,6 +361,7 @@ const Job kJobs[] = {
     {"probe", "Usage: quillo-media probe FILE\n", {}, 1, runProbe},
     {"envelope", kEnvelopeUsage, {QStringLiteral("--buckets"), QStringLiteral("--rate")}, 1, runEnvelope},
     {"silences", "Usage: quillo-media silences FILE\n", {}, 1, runSilences},
+    {"frame", kFrameUsage, {QStringLiteral("--at"), QStringLiteral("--width")}, 2, runFrame},
     {"image", kImageUsage, {QStringLiteral("--format"), QStringLiteral("--max-bytes"), QStringLiteral("--redact")}, 2, runImage},
     {"export", kExportUsage,
      {QStringLiteral("--preset"), QStringLiteral("--clips"), QStringLiteral("--subtitles"), QStringLiteral("--watermark-image")},
