@@ -119,7 +119,7 @@ void benchIdleMemory()
 {
     TempHome home;
     QuilloProcess desktop(home.path());
-    desktop.environment().insert(QStringLiteral("DISPLAY"), QStringLiteral(":99"));
+    desktop.environment().insert(QStringLiteral("DISPLAY"), qEnvironmentVariable("DISPLAY", QStringLiteral(":99")));
     desktop.environment().insert(QStringLiteral("QT_QPA_PLATFORM"), qEnvironmentVariable("QT_QPA_PLATFORM", QStringLiteral("offscreen")));
     desktop.environment().insert(QStringLiteral("QUILLO_NO_DESKTOP_OPENER"), QStringLiteral("1"));
     desktop.start({});
