@@ -1,6 +1,5 @@
 #include "desktop/autostart_entry.h"
 
-#include "core/quillo_error.h"
 #include "desktop/desktop_log.h"
 
 #include <QDir>
@@ -85,11 +84,11 @@ void AutostartEntry::write()
 {
     const QString folder = QFileInfo(filePath()).absolutePath();
     if (!QDir().mkpath(folder))
-        throw QuilloError(QStringLiteral("Quillo could not create the folder %1, so it cannot start at login.").arg(folder));
+        throw Error(QStringLiteral("Quillo could not create the folder %1, so it cannot start at login.").arg(folder));
     QSaveFile file(filePath());
     const QByteArray bytes = contents();
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw QuilloError(QStringLiteral("Quillo could not write %1 (%2), so it cannot start at login.")
+        throw Error(QStringLiteral("Quillo could not write %1 (%2), so it cannot start at login.")
                               .arg(filePath(), file.errorString()));
     qCInfo(lcDesktop).noquote() << QStringLiteral("🚀 Start at login enabled: ") + filePath();
 }
@@ -98,7 +97,7 @@ void AutostartEntry::remove()
 {
     QFile file(filePath());
     if (file.exists() && !file.remove())
-        throw QuilloError(QStringLiteral("Quillo could not remove %1 (%2); it will still start at login.")
+        throw Error(QStringLiteral("Quillo could not remove %1 (%2); it will still start at login.")
                               .arg(filePath(), file.errorString()));
     qCInfo(lcDesktop).noquote() << QStringLiteral("🚀 Start at login disabled: ") + filePath();
 }

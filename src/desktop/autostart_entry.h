@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/quillo_error.h"
+
 #include <QProcessEnvironment>
 #include <QString>
 
@@ -7,6 +9,15 @@
 // that desktop sessions run when the user logs in. Its presence is the setting.
 class AutostartEntry {
 public:
+    // Writing or removing the entry failed; message() says which file and why.
+    class Error : public QuilloError {
+    public:
+        explicit Error(QString message)
+            : QuilloError(std::move(message))
+        {
+        }
+    };
+
     // configHome: $XDG_CONFIG_HOME or ~/.config; executable: the quillo binary to start.
     AutostartEntry(QString configHome, QString executable);
 
@@ -15,7 +26,7 @@ public:
 
     QString filePath() const;
     bool isEnabled() const;
-    // Writes (atomically) or removes the entry. Throws QuilloError with a sentence for the
+    // Writes (atomically) or removes the entry. Throws Error with a sentence for the
     // user when the file cannot be written or removed; nothing is half-written.
     void setEnabled(bool enabled);
 

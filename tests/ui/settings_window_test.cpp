@@ -26,6 +26,7 @@
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -36,12 +37,13 @@ namespace {
 
 constexpr auto kExecutable = "/opt/quillo/bin/quillo";
 
-class NoTools : public MCPToolProvider {
+// One tool, so a call shows whether the server's gate is open.
+class EchoTool : public MCPToolProvider {
 public:
     const std::vector<MCPTool>& tools() const override
     {
-        static const std::vector<MCPTool> none;
-        return none;
+        static const std::vector<MCPTool> list = {{"echo", "Echoes.", {{"type", "object"}}}};
+        return list;
     }
     MCPToolResult callTool(const std::string&, const Json&) override { return {"{}", false}; }
     Json resourceContent(const std::string&) override { return Json::array(); }
@@ -233,7 +235,7 @@ TEST_F(SettingsWindowTest, InstallingIntoZedMergesAfterABackupAndTheMcpSwitchRea
     McpSettingsPage* mcp = window->mcpPage();
     QTest::mouseClick(mcp->installButton(QStringLiteral("zed")), Qt::LeftButton);
     EXPECT_EQ(prompts.last().title, QStringLiteral("Zed MCP Config"));
-    EXPECT_THAT(prompts.last().text.toStdString(), ::testing::StartsWith(("Updated existing config at " + zed).toStdString()));
+    EXPECT_THAT(prompts.last().text.toStdString(), ::testing::StartsWith(QString(QStringLiteral("Updated existing config at ") + zed).toStdString()));
     const QStringList backups = QDir(QFileInfo(zed).absolutePath()).entryList({QStringLiteral("settings.json.quillo-*.bak")});
     ASSERT_EQ(backups.size(), 1);
     ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
@@ -243,10 +245,10 @@ TEST_F(SettingsWindowTest, InstallingIntoZedMergesAfterABackupAndTheMcpSwitchRea
 
     // The MCP process has its own store on the same files and reads the switch per call.
     PreferenceStore mcpProcessStore(stack.paths);
-    NoTools tools;
+    EchoTool tools;
     MCPServer server(mcpProcessStore, tools);
-    const std::string list = R"({"jsonrpc":"2.0","id":1,"method":"tools/list"})";
-    const auto answer = [&server, &list] { return Json::parse(server.handle(list)->bytes); };
+    const std::string call = R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":"echo","arguments":{}}})";
+    const auto answer = [&server, &call] { return Json::parse(server.handle(call)->bytes); };
     ASSERT_FALSE(mcp->enabledBox()->isChecked());
     EXPECT_TRUE(answer().contains("error"));
     QTest::mouseClick(mcp->enabledBox(), Qt::LeftButton);

@@ -4,6 +4,7 @@
 #include "core/preference_keys.h"
 #include "desktop/autostart_entry.h"
 #include "desktop/shortcut_manager.h"
+#include "desktop/shortcut_registrar.h"
 #include "mcp/editor_config_installer.h"
 #include "ui/onboarding_window.h"
 #include "ui/settings_window.h"
