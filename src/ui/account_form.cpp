@@ -1,10 +1,12 @@
 #include "ui/account_form.h"
 
+#include "core/quillo_error.h"
 #include "ui/settings_form.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -60,4 +62,29 @@ void AccountForm::fail(const QString& message)
     m_connect->setEnabled(true);
     SettingsForm::setStatus(m_status, message, true);
     Q_EMIT finished(false);
+}
+
+void AccountForm::follow(QCoro::Task<SocialAccount> flow)
+{
+    QCoro::connect(run(std::move(flow)), this, [] {});
+}
+
+QCoro::Task<> AccountForm::run(QCoro::Task<SocialAccount> flow)
+{
+    QPointer<AccountForm> self(this);
+    QString failure;
+    SocialAccount account;
+    try {
+        account = co_await std::move(flow);
+    } catch (const QuilloError& error) {
+        failure = error.message();
+    }
+    if (!self)
+        co_return;
+    if (!failure.isEmpty()) {
+        fail(failure);
+        co_return;
+    }
+    clearTyped();
+    succeed(QStringLiteral("Connected @%1.").arg(account.name));
 }

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "model/social_account.h"
+
 #include <QWidget>
+
+#include <qcoro/qcorotask.h>
 
 class QFormLayout;
 class QLabel;
@@ -30,8 +34,14 @@ protected:
     void succeed(const QString& message);
     void fail(const QString& message);
     void showProgress(const QString& progress);
+    // Runs a connect flow to its end: the stored account, or the reason in the network's words.
+    void follow(QCoro::Task<SocialAccount> flow);
+    // After the account is stored: forget what was typed (secrets included).
+    virtual void clearTyped() {}
 
 private:
+    QCoro::Task<> run(QCoro::Task<SocialAccount> flow);
+
     QFormLayout* m_fields;
     QPushButton* m_connect;
     QLabel* m_status;

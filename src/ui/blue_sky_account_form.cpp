@@ -1,12 +1,10 @@
 #include "ui/blue_sky_account_form.h"
 
-#include "core/quillo_error.h"
 #include "platforms/bluesky/blue_sky_account_connector.h"
 #include "store/account_manager.h"
 
 #include <QFormLayout>
 #include <QLineEdit>
-#include <QPointer>
 
 BlueSkyAccountForm::BlueSkyAccountForm(AccountManager& accounts, BlueSkyAccountConnector* connector, QWidget* parent)
     : AccountForm(QStringLiteral("Connect"), parent)
@@ -48,29 +46,13 @@ void BlueSkyAccountForm::connectAccount()
         return;
     }
     setBusy(QStringLiteral("Signing in to BlueSky…"));
-    QCoro::connect(run(m_handle->text().trimmed(), m_password->text().trimmed(), m_service->text().trimmed()), this, [] {});
+    follow(m_connector->connect(m_handle->text().trimmed(), m_password->text().trimmed(), m_service->text().trimmed()));
 }
 
-QCoro::Task<> BlueSkyAccountForm::run(QString handle, QString password, QString service)
+void BlueSkyAccountForm::clearTyped()
 {
-    QPointer<BlueSkyAccountForm> self(this);
-    QString failure;
-    SocialAccount account;
-    try {
-        auto signIn = m_connector->connect(handle, password, service);
-        account = co_await std::move(signIn);
-    } catch (const QuilloError& error) {
-        failure = error.message();
-    }
-    if (!self)
-        co_return;
-    if (!failure.isEmpty()) {
-        fail(failure);
-        co_return;
-    }
     m_accounts.setTemporaryCredentials(PlatformType::bluesky, {});
     m_handle->clear();
     m_password->clear();
     m_service->clear();
-    succeed(QStringLiteral("Connected @%1.").arg(account.name));
 }

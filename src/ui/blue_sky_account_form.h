@@ -2,8 +2,6 @@
 
 #include "ui/account_form.h"
 
-#include <qcoro/qcorotask.h>
-
 class AccountManager;
 class BlueSkyAccountConnector;
 class QLineEdit;
@@ -21,8 +19,10 @@ public:
     QLineEdit* passwordEdit() const { return m_password; }
     QLineEdit* serviceEdit() const { return m_service; }
 
+protected:
+    void clearTyped() override;
+
 private:
-    QCoro::Task<> run(QString handle, QString password, QString service);
     void rememberTyped();
 
     AccountManager& m_accounts;

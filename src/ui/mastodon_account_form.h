@@ -10,7 +10,6 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QUrl;
-struct SocialAccount;
 
 // Mastodon: the instance, then the sign-in in the browser. The form follows the one
 // connect flow of the instance, whether this button or a command started it, and takes

@@ -1,13 +1,11 @@
 #include "ui/x_account_form.h"
 
-#include "core/quillo_error.h"
 #include "platforms/x/x_account_connector.h"
 #include "store/account_manager.h"
 
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 
 namespace {
 
@@ -66,31 +64,16 @@ void XAccountForm::connectAccount()
     const QString tokenSecret = m_accessSecret->text().trimmed();
     if (!token.isEmpty() && !tokenSecret.isEmpty()) {
         setBusy(QStringLiteral("Checking your keys with X…"));
-        QCoro::connect(run(m_connector->connectWithAccessToken(key, secret, token, tokenSecret)), this, [] {});
+        follow(m_connector->connectWithAccessToken(key, secret, token, tokenSecret));
         return;
     }
     setBusy(QStringLiteral("Sign in to X in the browser page that opened…"));
-    QCoro::connect(run(m_connector->connect(key, secret)), this, [] {});
+    follow(m_connector->connect(key, secret));
 }
 
-QCoro::Task<> XAccountForm::run(QCoro::Task<SocialAccount> flow)
+void XAccountForm::clearTyped()
 {
-    QPointer<XAccountForm> self(this);
-    QString failure;
-    SocialAccount account;
-    try {
-        account = co_await std::move(flow);
-    } catch (const QuilloError& error) {
-        failure = error.message();
-    }
-    if (!self)
-        co_return;
-    if (!failure.isEmpty()) {
-        fail(failure);
-        co_return;
-    }
     m_accounts.setTemporaryCredentials(PlatformType::x, {});
     for (QLineEdit* edit : {m_apiKey, m_apiSecret, m_accessToken, m_accessSecret})
         edit->clear();
-    succeed(QStringLiteral("Connected @%1.").arg(account.name));
 }

@@ -2,12 +2,9 @@
 
 #include "ui/account_form.h"
 
-#include <qcoro/qcorotask.h>
-
 class AccountManager;
 class QLineEdit;
 class XAccountConnector;
-struct SocialAccount;
 
 // X: the app's API key and secret, then either the sign-in in the browser or, when the
 // access token and secret are typed too, those keys directly.
@@ -21,8 +18,10 @@ public:
     QLineEdit* apiKeyEdit() const { return m_apiKey; }
     QLineEdit* accessTokenEdit() const { return m_accessToken; }
 
+protected:
+    void clearTyped() override;
+
 private:
-    QCoro::Task<> run(QCoro::Task<SocialAccount> flow);
     void rememberTyped();
 
     AccountManager& m_accounts;
