@@ -106,7 +106,7 @@ public:
 void reportMastodonSignIn(MastodonAccountConnector& connector, AppEvents& events, bool alerts)
 {
     QObject::connect(&connector, &MastodonAccountConnector::authorizationRequested, &events,
-                     [&events](const QUrl& page, bool pasteCode) {
+                     [&events, alerts](const QUrl& page, bool pasteCode) {
                          const QString where = page.toString(QUrl::FullyEncoded);
                          if (!pasteCode) {
                              qCInfo(lcApp).noquote() << QStringLiteral("🔑 Sign in to Mastodon in the browser: ") + where;

@@ -3,6 +3,7 @@
 #include "app/window_host.h"
 #include "model/post.h"
 #include "model/scheduled_post.h"
+#include "ui/user_prompts.h"
 
 #include <QObject>
 #include <QPointer>
@@ -19,7 +20,6 @@ class PostStorage;
 class SettingsWindow;
 class ShortcutManager;
 class TrayController;
-class UserPrompts;
 
 // The desktop instance's windows: the tray and the composer, shown on the requests that
 // commands, the tray and the running services raise.

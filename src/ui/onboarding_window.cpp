@@ -2,6 +2,7 @@
 
 #include "core/app_paths.h"
 #include "core/preference_keys.h"
+#include "core/preference_store.h"
 #include "events/app_events.h"
 #include "ui/settings_form.h"
 #include "ui/ui_log.h"
