@@ -13,17 +13,20 @@
 #include "ui/account_settings_page.h"
 #include "ui/blue_sky_account_form.h"
 #include "ui/data_settings_page.h"
+#include "ui/general_settings_page.h"
 #include "ui/mastodon_account_form.h"
 #include "ui/mcp_settings_page.h"
 #include "ui/settings_window.h"
 #include "ui/shortcut_recorder.h"
 #include "ui/shortcut_settings_page.h"
+#include "ui/watermark_settings_page.h"
 #include "connect_stack.h"
 #include "scripted_prompts.h"
 #include "../desktop/fake_shortcut_registrar.h"
 
 #include <QCheckBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -64,6 +67,9 @@ protected:
 
     QString userHome() const { return stack.home.path() + QStringLiteral("/user"); }
     QString file(const QString& name) const { return stack.home.path() + u'/' + name; }
+
+    // Where a person clicks a check box: its indicator, whatever the box's width.
+    static void tick(QCheckBox* box) { QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2)); }
 
     // Types into the form and presses Connect; true when the flow stored an account.
     bool connectWith(AccountForm* form)
@@ -141,6 +147,7 @@ TEST_F(SettingsWindowTest, MastodonConnectsThroughTheBrowserCallbackAndTheListEd
     EXPECT_THAT(form->statusText().toStdString(), ::testing::StartsWith("Connected @"));
 
     // The list: nickname, enabled, and remove only after saying yes.
+    window->showSection(QStringLiteral("mastodon"));
     AccountSettingsPage* page = window->accountPage(PlatformType::mastodon);
     QTRY_COMPARE(page->rows().size(), 1);
     AccountRow* row = page->rows().first();
@@ -148,7 +155,7 @@ TEST_F(SettingsWindowTest, MastodonConnectsThroughTheBrowserCallbackAndTheListEd
     QTest::keyClick(row->nicknameEdit(), Qt::Key_Return);
     EXPECT_EQ(stack.accounts.accounts().first().nickname, QStringLiteral("Work"));
     QTRY_COMPARE(page->rows().size(), 1);
-    QTest::mouseClick(page->rows().first()->enabledBox(), Qt::LeftButton);
+    tick(page->rows().first()->enabledBox());
     EXPECT_FALSE(stack.accounts.accounts().first().isEnabled);
 
     prompts.confirmAnswer = false;
@@ -163,7 +170,7 @@ TEST_F(SettingsWindowTest, MastodonConnectsThroughTheBrowserCallbackAndTheListEd
     // The platform switch at the top is the globally enabled flag.
     QCheckBox* platformSwitch = page->platformSwitch();
     const bool before = stack.accounts.isEnabled(PlatformType::mastodon);
-    QTest::mouseClick(platformSwitch, Qt::LeftButton);
+    tick(platformSwitch);
     EXPECT_EQ(stack.accounts.isEnabled(PlatformType::mastodon), !before);
 }
 
@@ -182,8 +189,13 @@ TEST_F(SettingsWindowTest, BackupsRoundTripOntoASecondHomeAndImportsAskFirst)
     EXPECT_EQ(prompts.proposedNames, (QStringList{QStringLiteral("quillo-scheduled-posts.json"), QStringLiteral("quillo-accounts-backup.json")}));
     EXPECT_EQ(prompts.last().title, QStringLiteral("Export Accounts"));
     EXPECT_THAT(prompts.last().text.toStdString(), ::testing::HasSubstr("clear text"));
-    for (const QString& name : {QStringLiteral("posts.json"), QStringLiteral("accounts.json")})
-        EXPECT_EQ(QFile(file(name)).permissions() & 0x0FFF, QFileDevice::ReadOwner | QFileDevice::WriteOwner) << name.toStdString();
+    const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup | QFileDevice::ReadOther
+        | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    for (const QString& name : {QStringLiteral("posts.json"), QStringLiteral("accounts.json")}) {
+        const QFileDevice::Permissions permissions = QFile(file(name)).permissions();
+        EXPECT_TRUE(permissions.testFlags(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) << name.toStdString();
+        EXPECT_FALSE(permissions & others) << name.toStdString() << " is readable by others";
+    }
 
     // A second installation: nothing to export yet, then both imports, each asked first.
     UiStack other;
@@ -232,6 +244,7 @@ TEST_F(SettingsWindowTest, InstallingIntoZedMergesAfterABackupAndTheMcpSwitchRea
     settings.write("// my settings\n{\n  \"theme\": \"One Dark\" /* keep */\n}\n");
     settings.close();
 
+    window->showSection(QStringLiteral("mcp"));
     McpSettingsPage* mcp = window->mcpPage();
     QTest::mouseClick(mcp->installButton(QStringLiteral("zed")), Qt::LeftButton);
     EXPECT_EQ(prompts.last().title, QStringLiteral("Zed MCP Config"));
@@ -251,9 +264,9 @@ TEST_F(SettingsWindowTest, InstallingIntoZedMergesAfterABackupAndTheMcpSwitchRea
     const auto answer = [&server, &call] { return Json::parse(server.handle(call)->bytes); };
     ASSERT_FALSE(mcp->enabledBox()->isChecked());
     EXPECT_TRUE(answer().contains("error"));
-    QTest::mouseClick(mcp->enabledBox(), Qt::LeftButton);
-    EXPECT_TRUE(answer().contains("result"));
-    QTest::mouseClick(mcp->enabledBox(), Qt::LeftButton);
+    tick(mcp->enabledBox());
+    EXPECT_TRUE(answer().contains("result")) << answer().dump();
+    tick(mcp->enabledBox());
     EXPECT_TRUE(answer().contains("error"));
     EXPECT_THAT(mcp->snippetView()->toPlainText().toStdString(), ::testing::HasSubstr("--mcp-stdio"));
 }
@@ -275,4 +288,30 @@ TEST_F(SettingsWindowTest, ARecordedShortcutTakesEffectAtOnceAndSurvivesARestart
 
     QTest::mouseClick(page->resetButton(), Qt::LeftButton);
     EXPECT_EQ(shortcuts.shortcut(ShortcutAction::composer), KeyboardShortcut::defaultFor(ShortcutAction::composer));
+}
+
+TEST_F(SettingsWindowTest, StartAtLoginFollowsTheBoxAndAFreshWatermarkSizeShowsOneButStoresHalf)
+{
+    window->showSection(QStringLiteral("general"));
+    auto* general = static_cast<GeneralSettingsPage*>(window->page(SettingsSection::general));
+    tick(general->startAtLoginBox());
+    EXPECT_TRUE(QFileInfo::exists(autostart.filePath()));
+    tick(general->startAtLoginBox());
+    EXPECT_FALSE(QFileInfo::exists(autostart.filePath()));
+
+    // A config folder that cannot be made: the alert says why and the box stays off.
+    QFile blocker(file(QStringLiteral("not-a-folder")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    AutostartEntry blocked(blocker.fileName(), QString::fromLatin1(kExecutable));
+    GeneralSettingsPage page(stack.preferences, blocked, prompts);
+    page.show();
+    tick(page.startAtLoginBox());
+    EXPECT_EQ(prompts.last().title, QStringLiteral("Start at Login"));
+    EXPECT_FALSE(page.startAtLoginBox()->isChecked());
+
+    stack.preferences.remove(PreferenceKeys::WatermarkSizeMultiplier);
+    WatermarkSettingsPage watermark(stack.preferences, prompts);
+    EXPECT_EQ(watermark.sizeBox()->value(), 1.0);
+    EXPECT_EQ(stack.preferences.doubleValue(PreferenceKeys::WatermarkSizeMultiplier), 0.5);
 }
