@@ -22,9 +22,13 @@ AccountRow::AccountRow(const SocialAccount& account, AccountManager& accounts, U
 {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 2, 0, 2);
-    auto* name = new QLabel(QStringLiteral("@") + account.name, this);
-    name->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    name->setMinimumWidth(150);
+    // Fixed widths keep the rows' columns aligned; a long handle is elided, in full on hover.
+    const QString handle = QStringLiteral("@") + account.name;
+    auto* name = new QLabel(this);
+    name->setFixedWidth(170);
+    name->setText(name->fontMetrics().elidedText(handle, Qt::ElideMiddle, name->width()));
+    name->setToolTip(handle);
+    m_default->setMinimumWidth(m_default->fontMetrics().horizontalAdvance(QStringLiteral("Make Default")) + 24);
     m_nickname->setPlaceholderText(QStringLiteral("Enter a nickname for this account"));
     m_enabled->setChecked(account.isEnabled);
     m_enabled->setToolTip(QStringLiteral("Disabled accounts stay connected but are never posted to."));

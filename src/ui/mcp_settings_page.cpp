@@ -80,6 +80,7 @@ void McpSettingsPage::buildQuickActions(QLayout* layout)
 {
     layout->addWidget(SettingsForm::heading(QStringLiteral("Quick Actions"), this));
     auto* row = new QHBoxLayout;
+    row->setSpacing(8);
     for (const MCPEditor& editor : MCPEditor::all()) {
         auto* button = new QPushButton(QStringLiteral("Install in %1").arg(editor.displayName), this);
         button->setObjectName(editor.shortName);

@@ -31,7 +31,7 @@ SettingsWindow::SettingsWindow(const InstanceServices& services, ShortcutManager
     layout->setSpacing(0);
     m_sidebar->setFixedWidth(170);
     m_sidebar->setFrameShape(QFrame::NoFrame);
-    m_sidebar->setSpacing(1);
+    m_sidebar->setStyleSheet(QStringLiteral("QListWidget { padding-top: 8px; } QListWidget::item { padding: 5px 12px; }"));
     layout->addWidget(m_sidebar);
     layout->addWidget(m_pages, 1);
 

@@ -39,7 +39,7 @@ QString sampleLogo(const QString& folder)
 void addSampleAccounts(UiStack& stack)
 {
     stack.addAccount(PlatformType::x, QStringLiteral("quillo_app"));
-    SocialAccount sky = stack.addAccount(PlatformType::bluesky, QStringLiteral("ada.bsky.social"));
+    SocialAccount sky = *stack.accounts.account(stack.addAccount(PlatformType::bluesky, QStringLiteral("ada.bsky.social")).id);
     sky.nickname = QStringLiteral("Personal");
     stack.accounts.updateAccount(sky);
     stack.addAccount(PlatformType::bluesky, QStringLiteral("quillo.bsky.social"));
