@@ -30,6 +30,7 @@ AccountRow::AccountRow(const SocialAccount& account, AccountManager& accounts, U
     name->setToolTip(handle);
     m_default->setMinimumWidth(m_default->fontMetrics().horizontalAdvance(QStringLiteral("Make Default")) + 24);
     m_nickname->setPlaceholderText(QStringLiteral("Enter a nickname for this account"));
+    m_nickname->setMinimumWidth(m_nickname->fontMetrics().horizontalAdvance(m_nickname->placeholderText()) + 20);
     m_enabled->setChecked(account.isEnabled);
     m_enabled->setToolTip(QStringLiteral("Disabled accounts stay connected but are never posted to."));
     m_default->setEnabled(!account.isDefault);

@@ -25,7 +25,7 @@ SettingsWindow::SettingsWindow(const InstanceServices& services, ShortcutManager
     , m_pages(new QStackedWidget(this))
 {
     setWindowTitle(QStringLiteral("Quillo Settings"));
-    resize(820, 600);
+    resize(920, 620);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
