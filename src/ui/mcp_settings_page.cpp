@@ -89,12 +89,39 @@ void McpSettingsPage::buildQuickActions(QLayout* layout)
     }
     row->addStretch();
     layout->addItem(row);
+
+    // For a project's own config (.cursor/mcp.json, .zed/settings.json, ...) or a file elsewhere.
+    auto* choose = new QPushButton(QStringLiteral("Choose Config File…"), this);
+    choose->setObjectName(QStringLiteral("chooseConfigFile"));
+    auto* chooseRow = new QHBoxLayout;
+    chooseRow->addWidget(choose);
+    chooseRow->addWidget(SettingsForm::caption(QStringLiteral("for the editor chosen above"), this), 1);
+    layout->addItem(chooseRow);
+    connect(choose, &QPushButton::clicked, this, [this] {
+        if (const MCPEditor* editor = MCPEditor::find(m_editor->currentData().toString()))
+            installChosen(*editor);
+    });
+}
+
+void McpSettingsPage::installChosen(const MCPEditor& editor)
+{
+    const QString chosen = m_prompts.openFileName(
+        this, QStringLiteral("Select your %1 config file, or choose the folder to create").arg(editor.displayName),
+        QStringLiteral("JSON (*.json);;All files (*)"));
+    if (chosen.isEmpty())
+        return;
+    report(editor, m_installer.install(editor, chosen));
 }
 
 QPushButton* McpSettingsPage::installButton(const QString& editorName) const
 {
     const MCPEditor* editor = MCPEditor::find(editorName);
     return editor ? findChild<QPushButton*>(editor->shortName) : nullptr;
+}
+
+QPushButton* McpSettingsPage::chooseFileButton() const
+{
+    return findChild<QPushButton*>(QStringLiteral("chooseConfigFile"));
 }
 
 QString McpSettingsPage::statusText() const
@@ -118,7 +145,11 @@ void McpSettingsPage::copySnippet(const MCPEditor& editor)
 
 void McpSettingsPage::install(const MCPEditor& editor)
 {
-    const EditorInstallResult result = m_installer.install(editor);
+    report(editor, m_installer.install(editor));
+}
+
+void McpSettingsPage::report(const MCPEditor& editor, const EditorInstallResult& result)
+{
     qCInfo(lcUi).noquote() << QStringLiteral("🔌 %1 MCP install: %2 %3").arg(editor.displayName, result.status, result.path);
     const QString title = editor.displayName + QStringLiteral(" MCP Config");
     if (result.ok) {

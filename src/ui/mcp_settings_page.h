@@ -10,6 +10,7 @@ class QLabel;
 class QPlainTextEdit;
 class QPushButton;
 class UserPrompts;
+struct EditorInstallResult;
 struct MCPEditor;
 
 // MCP Server: the "MCP.Enabled" switch, the configuration snippet to copy, and quick
@@ -25,6 +26,7 @@ public:
     QComboBox* editorBox() const { return m_editor; }
     QPlainTextEdit* snippetView() const { return m_snippet; }
     QPushButton* installButton(const QString& editorName) const;
+    QPushButton* chooseFileButton() const;
     QString statusText() const;
 
 private:
@@ -33,6 +35,8 @@ private:
     void showSnippet();
     void copySnippet(const MCPEditor& editor);
     void install(const MCPEditor& editor);
+    void installChosen(const MCPEditor& editor);
+    void report(const MCPEditor& editor, const EditorInstallResult& result);
 
     PreferenceStore& m_preferences;
     EditorConfigInstaller& m_installer;

@@ -25,6 +25,7 @@
 #include "../desktop/fake_shortcut_registrar.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QFile>
@@ -255,6 +256,14 @@ TEST_F(SettingsWindowTest, InstallingIntoZedMergesAfterABackupAndTheMcpSwitchRea
     const Json merged = Json::parse(settings.readAll().toStdString());
     EXPECT_EQ(merged["theme"], "One Dark");
     EXPECT_EQ(merged["context_servers"]["quillo"]["command"], kExecutable);
+
+    // A file the editor does not read is refused with the alert that offers the snippet.
+    prompts.openAnswer = userHome() + QStringLiteral("/Documents/settings.json");
+    mcp->editorBox()->setCurrentIndex(mcp->editorBox()->findText(QStringLiteral("Zed")));
+    QTest::mouseClick(mcp->chooseFileButton(), Qt::LeftButton);
+    EXPECT_EQ(prompts.last().title, QStringLiteral("Unsupported Location"));
+    EXPECT_THAT(prompts.last().text.toStdString(), ::testing::HasSubstr("Please save your MCP config inside:"));
+    EXPECT_FALSE(QFileInfo::exists(prompts.openAnswer));
 
     // The MCP process has its own store on the same files and reads the switch per call.
     PreferenceStore mcpProcessStore(stack.paths);
