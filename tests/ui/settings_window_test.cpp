@@ -29,6 +29,7 @@
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -57,13 +58,20 @@ class SettingsWindowTest : public ::testing::Test {
 protected:
     SettingsWindowTest()
         : connect(stack)
-        , shortcuts(stack.preferences, std::make_unique<FakeShortcutRegistrar>(registered))
+        , shortcuts(stack.preferences, makeRegistrar())
         , installer(stack.preferences, QString::fromLatin1(kExecutable), userHome(), stack.clock)
         , autostart(stack.home.path() + QStringLiteral("/xdg-config"), QString::fromLatin1(kExecutable))
     {
         shortcuts.load();
         window = std::make_unique<SettingsWindow>(connect.services(stack), shortcuts, installer, autostart, prompts);
         window->show();
+    }
+
+    std::unique_ptr<ShortcutRegistrar> makeRegistrar()
+    {
+        auto fake = std::make_unique<FakeShortcutRegistrar>(registered);
+        registrar = fake.get();
+        return fake;
     }
 
     QString userHome() const { return stack.home.path() + QStringLiteral("/user"); }
@@ -85,6 +93,7 @@ protected:
     UiStack stack;
     ConnectStack connect;
     FakeShortcutRegistrar::Record registered;
+    FakeShortcutRegistrar* registrar = nullptr;
     ShortcutManager shortcuts;
     EditorConfigInstaller installer;
     AutostartEntry autostart;
@@ -295,7 +304,15 @@ TEST_F(SettingsWindowTest, ARecordedShortcutTakesEffectAtOnceAndSurvivesARestart
     again.load();
     EXPECT_EQ(again.shortcut(ShortcutAction::composer), chosen);
 
+    // What the system refused shows under the recorders until the keys register again.
+    window->showSection(QStringLiteral("shortcuts"));
+    const QString taken = QStringLiteral("Ctrl+Super+S is already taken by another program.");
+    registrar->refuse(taken);
+    EXPECT_TRUE(page->problemLabel()->isVisible());
+    EXPECT_EQ(page->problemLabel()->text(), taken);
+
     QTest::mouseClick(page->resetButton(), Qt::LeftButton);
+    EXPECT_FALSE(page->problemLabel()->isVisible());
     EXPECT_EQ(shortcuts.shortcut(ShortcutAction::composer), KeyboardShortcut::defaultFor(ShortcutAction::composer));
 }
 
