@@ -38,6 +38,7 @@ MastodonAccountForm::MastodonAccountForm(AccountManager& accounts, MastodonAccou
         accounts.setTemporaryCredentials(PlatformType::mastodon, {{QString(CredentialKeys::instance), text}});
     });
     connect(m_submitCode, &QPushButton::clicked, this, &MastodonAccountForm::submitCode);
+    connect(m_code, &QLineEdit::returnPressed, this, &MastodonAccountForm::submitCode);
     if (m_connector)
         observe(*m_connector);
 }

@@ -2,7 +2,8 @@
 
 // The instance's account connect flows, pointed at the fake Bluesky and Mastodon servers,
 // with a browser that signs in at once: it loads the authorize page and hands the
-// redirect back through the callback hub, as the command channel does.
+// redirect back through the callback hub, as the command channel does, or keeps the code
+// the page shows where no quillo:// handler is registered.
 #include "app/account_connectors.h"
 #include "core/endpoints.h"
 #include "platforms/bluesky/blue_sky_account_connector.h"
@@ -17,12 +18,14 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QRegularExpression>
 #include <QTimer>
 
 struct ConnectStack {
     class QuilloSchemeRegistered : public SchemeHandlerCheck {
     public:
-        bool isRegistered(const QString&) const override { return true; }
+        bool isRegistered(const QString&) const override { return registered; }
+        bool registered = true;
     };
 
     explicit ConnectStack(UiStack& stack)
@@ -54,8 +57,13 @@ struct ConnectStack {
         QObject::connect(reply, &QNetworkReply::finished, [this, reply] {
             reply->deleteLater();
             const QByteArray location = reply->rawHeader("Location");
-            if (!location.isEmpty())
+            if (!location.isEmpty()) {
                 hub.deliver(QUrl::fromEncoded(location));
+                return;
+            }
+            // Without a quillo:// handler the instance shows the code for the person to copy.
+            static const QRegularExpression code(QStringLiteral("class=\"oauth-code\" value=\"([^\"]*)\""));
+            shownCode = code.match(QString::fromUtf8(reply->readAll())).captured(1);
         });
     }
 
@@ -71,4 +79,6 @@ struct ConnectStack {
     BlueSkyAccountConnector sky;
     MastodonAccountConnector toot;
     AccountConnectors connectors;
+    // The code the instance's page showed, when it showed one.
+    QString shownCode;
 };

@@ -184,6 +184,26 @@ TEST_F(SettingsWindowTest, MastodonConnectsThroughTheBrowserCallbackAndTheListEd
     EXPECT_EQ(stack.accounts.isEnabled(PlatformType::mastodon), !before);
 }
 
+TEST_F(SettingsWindowTest, WithoutAQuilloHandlerTheMastodonFormTakesThePastedCode)
+{
+    connect.schemes.registered = false;
+    auto* form = static_cast<MastodonAccountForm*>(window->accountPage(PlatformType::mastodon)->form());
+    window->showSection(QStringLiteral("mastodon"));
+    QTest::keyClicks(form->instanceEdit(), QStringLiteral("fake.example"));
+    QSignalSpy finished(form, &AccountForm::finished);
+    QTest::mouseClick(form->connectButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!connect.shownCode.isEmpty(), 10000);
+    ASSERT_TRUE(form->codeEdit()->isVisible());
+    EXPECT_TRUE(finished.isEmpty()) << "waits for the code";
+
+    form->codeEdit()->insert(connect.shownCode);
+    QTest::keyClick(form->codeEdit(), Qt::Key_Return);
+    ASSERT_TRUE(!finished.isEmpty() || finished.wait(10000));
+    EXPECT_TRUE(finished.last().at(0).toBool()) << form->statusText().toStdString();
+    EXPECT_EQ(stack.accounts.accounts(PlatformType::mastodon).size(), 1);
+    EXPECT_FALSE(form->codeEdit()->isVisible());
+}
+
 TEST_F(SettingsWindowTest, BackupsRoundTripOntoASecondHomeAndImportsAskFirst)
 {
     stack.addAccount(PlatformType::bluesky, QStringLiteral("ada.example.com"));
