@@ -57,6 +57,16 @@ TEST_F(DesktopWindowsTest, TheFirstStartShowsOnboardingWhichRemembersItsStepAndE
     ASSERT_NE(onboarding, nullptr);
     EXPECT_TRUE(onboarding->isVisible());
 
+    // Its first step opens the network's account form in the settings.
+    QPushButton* connectSky = nullptr;
+    for (QPushButton* button : onboarding->findChildren<QPushButton*>())
+        if (button->text() == QStringLiteral("Connect BlueSky"))
+            connectSky = button;
+    ASSERT_NE(connectSky, nullptr);
+    QTest::mouseClick(connectSky, Qt::LeftButton);
+    EXPECT_TRUE(windows.settings().isVisible());
+    EXPECT_EQ(windows.settings().currentSection(), SettingsSection::bluesky);
+
     QTest::mouseClick(onboarding->nextButton(), Qt::LeftButton);
     EXPECT_EQ(stack.preferences.intValue(PreferenceKeys::OnboardingCurrentStep), 1);
     // Reopened later, it comes back at the step shown last.
