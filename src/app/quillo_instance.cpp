@@ -53,4 +53,5 @@ void QuilloInstance::checkOnboarding()
         return;
     }
     qCInfo(lcApp).noquote() << "   ✅ Showing onboarding window...";
+    m_onboardingDue = !m_preferences.boolValue(PreferenceKeys::OnboardingCompleted).value_or(false);
 }

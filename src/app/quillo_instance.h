@@ -15,6 +15,8 @@ public:
     QuilloInstance(AppPaths paths, LaunchOptions options, PreferenceStore& preferences, QObject* parent = nullptr);
 
     void launch();
+    // The launch found a first start to welcome: not suppressed, onboarding not completed.
+    bool onboardingDue() const { return m_onboardingDue; }
 
 private:
     void prepareUiTestMode();
@@ -23,4 +25,5 @@ private:
     AppPaths m_paths;
     LaunchOptions m_options;
     PreferenceStore& m_preferences;
+    bool m_onboardingDue = false;
 };

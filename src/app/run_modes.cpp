@@ -1,5 +1,6 @@
 #include "app/run_modes.h"
 
+#include "app/account_connectors.h"
 #include "app/app_log.h"
 #include "app/launch_options.h"
 #include "app/publishing_stack.h"
@@ -31,6 +32,7 @@
 #include "platforms/mastodon/mastodon_account_connector.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "platforms/oauth/xdg_scheme_handler_check.h"
+#include "platforms/x/x_account_connector.h"
 #include "store/account_manager.h"
 #include "store/media_folder.h"
 #include "store/scheduler_service.h"
@@ -98,13 +100,13 @@ public:
     bool open(const QUrl&) override { return false; }
 };
 
-// Until the settings window exists, the Mastodon sign-in speaks through the log and the
-// alert requests: which page to open, and how to hand back a code when no quillo://
-// handler is registered.
-void reportMastodonSignIn(MastodonAccountConnector& connector, AppEvents& events)
+// The Mastodon sign-in speaks through the log: which page to open, and how to hand back a
+// code when no quillo:// handler is registered. Without windows it also raises alerts;
+// with them the settings' Mastodon form shows both and the failure.
+void reportMastodonSignIn(MastodonAccountConnector& connector, AppEvents& events, bool alerts)
 {
     QObject::connect(&connector, &MastodonAccountConnector::authorizationRequested, &events,
-                     [&events](const QUrl& page, bool pasteCode) {
+                     [&events, alerts](const QUrl& page, bool pasteCode) {
                          const QString where = page.toString(QUrl::FullyEncoded);
                          if (!pasteCode) {
                              qCInfo(lcApp).noquote() << QStringLiteral("🔑 Sign in to Mastodon in the browser: ") + where;
@@ -114,12 +116,25 @@ void reportMastodonSignIn(MastodonAccountConnector& connector, AppEvents& events
                                                              "to Quillo: quillo 'quillo://oauth?code=CODE'")
                                                   .arg(where);
                          qCInfo(lcApp).noquote() << QStringLiteral("🔑 ") + text;
-                         Q_EMIT events.alertRequested(QStringLiteral("Mastodon sign-in"), text);
+                         if (alerts)
+                             Q_EMIT events.alertRequested(QStringLiteral("Mastodon sign-in"), text);
                      });
+    if (!alerts)
+        return;
     QObject::connect(&connector, &MastodonAccountConnector::connectionFailed, &events,
                      [&events](PlatformType, const QString& message) {
                          Q_EMIT events.alertRequested(QStringLiteral("Mastodon"), message);
                      });
+}
+
+XHosts xHostsFrom(const Endpoints& endpoints)
+{
+    XHosts hosts;
+    if (const auto base = endpoints.baseFor(QStringLiteral("x"))) {
+        hosts.api = *base;
+        hosts.web = *base;
+    }
+    return hosts;
 }
 
 } // namespace
@@ -175,7 +190,7 @@ int runInstance(int argc, char** argv, const LaunchOptions& options, WindowHost*
     MastodonAccountConnector mastodon(network, oauthCallbacks, accounts,
                                       mayOpenBrowser ? static_cast<UrlOpener&>(desktopBrowser) : noBrowser, clock, images,
                                       schemes, Endpoints::fromEnvironment(environment));
-    reportMastodonSignIn(mastodon, events);
+    reportMastodonSignIn(mastodon, events, !windows);
     urlCommands.setMastodonConnector(&mastodon);
     urlCommands.setPreferences(&preferences);
     // Commands that only open a window say so when there is none.
@@ -183,14 +198,21 @@ int runInstance(int argc, char** argv, const LaunchOptions& options, WindowHost*
         urlCommands.setWindowless(options.mode == RunMode::headless ? QStringLiteral("No window in headless mode")
                                                                     : QStringLiteral("No window in this build"));
     // The Bluesky form's connect button (also pressed by `quillo://accounts?action=add`).
+    // With windows the settings' form presses it and shows the progress; without, the
+    // typed credentials are connected here.
     BlueSkyAccountConnector blueSkyConnector(network, accounts, clock,
                                              Endpoints::fromEnvironment(environment));
-    QObject::connect(&events, &AppEvents::accountConnectRequested, &blueSkyConnector,
-                     [&blueSkyConnector](PlatformType platform) {
-                         if (platform == PlatformType::bluesky)
-                             QCoro::connect(blueSkyConnector.connectTypedCredentials(), &blueSkyConnector,
-                                            [](const std::optional<SocialAccount>&) {});
-                     });
+    if (!windows)
+        QObject::connect(&events, &AppEvents::accountConnectRequested, &blueSkyConnector,
+                         [&blueSkyConnector](PlatformType platform) {
+                             if (platform == PlatformType::bluesky)
+                                 QCoro::connect(blueSkyConnector.connectTypedCredentials(), &blueSkyConnector,
+                                                [](const std::optional<SocialAccount>&) {});
+                         });
+    XAccountConnector xConnector(network, oauthCallbacks, accounts,
+                                 mayOpenBrowser ? static_cast<UrlOpener&>(desktopBrowser) : noBrowser, clock,
+                                 xHostsFrom(Endpoints::fromEnvironment(environment)));
+    const AccountConnectors connectors{xConnector, blueSkyConnector, mastodon};
     CommandRouter router(oauthCallbacks, urlCommands);
     AdminCommands admin(preferences, scheduler, accounts);
     router.setAdminCommands(&admin);
@@ -237,7 +259,9 @@ int runInstance(int argc, char** argv, const LaunchOptions& options, WindowHost*
     std::unique_ptr<QObject> windowObjects;
     if (windows)
         windowObjects = windows->createWindows(
-            {paths, events, preferences, scheduler, accounts, publishing.publishing(), clock});
+            {paths, events, preferences, scheduler, accounts, publishing.publishing(), clock, &connectors});
+    if (windowObjects && instance.onboardingDue())
+        Q_EMIT events.onboardingRequested();
     const int status = QCoreApplication::exec();
     windowObjects.reset();
     scheduler.waitForPendingSaves();

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+struct AccountConnectors;
 class AccountManager;
 class AppEvents;
 class AppPaths;
@@ -21,6 +22,8 @@ struct InstanceServices {
     AccountManager& accounts;
     PublishingService& publishing;
     const Clock& clock;
+    // The account connect flows; none where the instance builds no windows.
+    const AccountConnectors* connectors = nullptr;
 };
 
 // What the binary that draws adds to the instance: its application object and its windows.

@@ -41,6 +41,9 @@ void AppEvents::logRequestsWithoutWindows()
     connect(this, &AppEvents::accountConnectRequested, this, [](PlatformType platform) {
         qCInfo(lcEvents).noquote() << "Would start connecting a" << displayName(platform) << "account";
     });
+    connect(this, &AppEvents::onboardingRequested, this, [] {
+        qCInfo(lcEvents).noquote() << "No window to show onboarding in";
+    });
     connect(this, &AppEvents::alertRequested, this, [](const QString& title, const QString& message) {
         qCWarning(lcEvents).noquote() << QStringLiteral("Alert \"") + title + QStringLiteral("\": ") + message;
     });

@@ -39,6 +39,8 @@ Q_SIGNALS:
     void prefillMastodonInstanceRequested(const QString& instance);
     // "TriggerAccountConnect": press the connect button of the platform's form.
     void accountConnectRequested(PlatformType platform);
+    // The first start's welcome window (onboarding not completed yet).
+    void onboardingRequested();
     // A failure the user should see, as an alert with this title.
     void alertRequested(const QString& title, const QString& message);
 };

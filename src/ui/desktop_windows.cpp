@@ -5,20 +5,40 @@
 #include "compose/media_attacher.h"
 #include "compose/post_storage.h"
 #include "core/app_paths.h"
+#include "desktop/autostart_entry.h"
+#include "desktop/shortcut_manager.h"
+#include "desktop/shortcut_registrar.h"
+#include "desktop/shortcut_registrar_factory.h"
 #include "events/app_events.h"
+#include "mcp/editor_config_installer.h"
 #include "media/worker_image_encoder.h"
 #include "ui/composer_window.h"
 #include "ui/image_redaction_window.h"
+#include "ui/onboarding_window.h"
+#include "ui/qt_user_prompts.h"
+#include "ui/settings_window.h"
 #include "ui/tray_controller.h"
 #include "ui/ui_log.h"
 #include "ui/video_editor_window.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QProcessEnvironment>
 
-DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent)
+namespace {
+
+// The quillo binary beside this one: what editors and the login session start.
+QString quilloExecutable()
+{
+    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("quillo"));
+}
+
+} // namespace
+
+DesktopWindows::DesktopWindows(const InstanceServices& services, std::unique_ptr<UserPrompts> prompts, QObject* parent)
     : QObject(parent)
     , m_services(services)
     , m_storage(std::make_unique<PostStorage>(services.preferences))
@@ -29,6 +49,12 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent
     , m_tray(std::make_unique<TrayController>(services.events, services.scheduler, services.preferences, services.clock))
     , m_dialogs(MediaFileDialogs::native())
     , m_workerPath(WorkerImageEncoder::defaultWorkerPath())
+    , m_prompts(prompts ? std::move(prompts) : std::make_unique<QtUserPrompts>())
+    , m_shortcuts(std::make_unique<ShortcutManager>(services.preferences, makeShortcutRegistrar()))
+    , m_installer(std::make_unique<EditorConfigInstaller>(services.preferences, quilloExecutable(), QDir::homePath(),
+                                                          services.clock))
+    , m_autostart(std::make_unique<AutostartEntry>(
+          AutostartEntry::configHomeFrom(QProcessEnvironment::systemEnvironment()), quilloExecutable()))
 {
     AppEvents& events = services.events;
     connect(m_tray.get(), &TrayController::newPostRequested, this, [this] { composer().bringToFront(); });
@@ -47,10 +73,59 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent
     });
     connect(&events, &AppEvents::alertRequested, this, &DesktopWindows::showAlert);
     connect(&events, &AppEvents::calendarRequested, this, [this] { notYetAvailable(tr("The post schedule")); });
-    connect(&events, &AppEvents::settingsRequested, this, [this] { notYetAvailable(tr("The settings window")); });
+    connectSettingsRequests(events);
+    connect(&events, &AppEvents::onboardingRequested, this, &DesktopWindows::showOnboarding);
+    setUpShortcuts();
 }
 
 DesktopWindows::~DesktopWindows() = default;
+
+void DesktopWindows::connectSettingsRequests(AppEvents& events)
+{
+    connect(&events, &AppEvents::settingsRequested, this, &DesktopWindows::showSettings);
+    connect(&events, &AppEvents::addAccountRequested, this, [this](PlatformType platform, const QString&) {
+        settings().showAddAccount(platform);
+        settings().bringToFront();
+    });
+    connect(&events, &AppEvents::prefillMastodonInstanceRequested, this,
+            [this](const QString& instance) { settings().prefillMastodonInstance(instance); });
+    connect(&events, &AppEvents::accountConnectRequested, this,
+            [this](PlatformType platform) { settings().pressConnect(platform); });
+}
+
+void DesktopWindows::setUpShortcuts()
+{
+    // The same paths as the tray's entries: New Post, Post Schedule, Settings.
+    m_shortcuts->setHandler(ShortcutAction::composer, [this] { composer().bringToFront(); });
+    m_shortcuts->setHandler(ShortcutAction::schedule,
+                            [this] { Q_EMIT m_services.events.calendarRequested({}, {}, {}); });
+    m_shortcuts->setHandler(ShortcutAction::settings,
+                            [this] { Q_EMIT m_services.events.settingsRequested(QStringLiteral("shortcuts")); });
+    m_shortcuts->load();
+}
+
+SettingsWindow& DesktopWindows::settings()
+{
+    if (!m_settingsWindow)
+        m_settingsWindow =
+            std::make_unique<SettingsWindow>(m_services, *m_shortcuts, *m_installer, *m_autostart, *m_prompts);
+    return *m_settingsWindow;
+}
+
+void DesktopWindows::showSettings(const QString& section)
+{
+    settings().showSection(section);
+    settings().bringToFront();
+}
+
+void DesktopWindows::showOnboarding()
+{
+    if (!m_onboarding)
+        m_onboarding = std::make_unique<OnboardingWindow>(m_services.preferences, m_services.events, m_services.paths);
+    m_onboarding->show();
+    m_onboarding->raise();
+    qCInfo(lcUi).noquote() << "🎯 Onboarding window shown";
+}
 
 ComposerWindow& DesktopWindows::composer()
 {

@@ -6,6 +6,7 @@
 #include "model/post.h"
 #include "model/scheduled_post.h"
 #include "ui/media_file_dialogs.h"
+#include "ui/user_prompts.h"
 
 #include <QObject>
 #include <QPointer>
@@ -13,11 +14,17 @@
 #include <functional>
 #include <memory>
 
+class AppEvents;
+class AutostartEntry;
 class Composer;
 class MediaAttacher;
 class ComposerWindow;
 class ImageRedactionWindow;
+class EditorConfigInstaller;
+class OnboardingWindow;
 class PostStorage;
+class SettingsWindow;
+class ShortcutManager;
 class TrayController;
 class VideoEditorWindow;
 
@@ -26,13 +33,20 @@ class VideoEditorWindow;
 class DesktopWindows : public QObject {
     Q_OBJECT
 public:
-    explicit DesktopWindows(const InstanceServices& services, QObject* parent = nullptr);
+    // prompts: the settings' file panels and questions (Qt's dialogs when none is given).
+    explicit DesktopWindows(const InstanceServices& services, std::unique_ptr<UserPrompts> prompts = nullptr,
+                            QObject* parent = nullptr);
     ~DesktopWindows() override;
 
     // Created on first use and kept: its draft and state survive closing it.
     ComposerWindow& composer();
     Composer& composerModel() { return *m_composer; }
     TrayController& tray() { return *m_tray; }
+    // Created on first use and kept, like the composer.
+    SettingsWindow& settings();
+    ShortcutManager& shortcuts() { return *m_shortcuts; }
+    // The welcome window while it is (or was) shown this session; null before.
+    OnboardingWindow* onboarding() const { return m_onboarding.get(); }
 
     // The media editors over one attachment. `onEdited` receives the item with the edits as
     // fields ("Use in post"); the file itself is never changed. Each call opens a window of
@@ -53,6 +67,10 @@ private:
     void showAlert(const QString& title, const QString& message);
     void notYetAvailable(const QString& what);
     void attachToComposer(const PostMedia& media);
+    void connectSettingsRequests(AppEvents& events);
+    void setUpShortcuts();
+    void showSettings(const QString& section);
+    void showOnboarding();
 
     InstanceServices m_services;
     std::unique_ptr<PostStorage> m_storage;
@@ -64,4 +82,10 @@ private:
     std::unique_ptr<TrayController> m_tray;
     MediaFileDialogs m_dialogs;
     QString m_workerPath;
+    std::unique_ptr<UserPrompts> m_prompts;
+    std::unique_ptr<ShortcutManager> m_shortcuts;
+    std::unique_ptr<EditorConfigInstaller> m_installer;
+    std::unique_ptr<AutostartEntry> m_autostart;
+    std::unique_ptr<SettingsWindow> m_settingsWindow;
+    std::unique_ptr<OnboardingWindow> m_onboarding;
 };

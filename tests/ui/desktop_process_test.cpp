@@ -1,5 +1,6 @@
 // The built desktop start: `quillo` with a display hands over to quillo-desktop, whose
-// composer opens on a quillo://compose command with the command's text.
+// composer opens on a quillo://compose command with the command's text, and whose
+// settings open on quillo://settings.
 #include "core/app_paths.h"
 #include "support/quillo_process.h"
 #include "support/running_instance.h"
@@ -136,6 +137,14 @@ TEST(DesktopProcess, ComposeCommandOpensTheComposerWithItsText)
     second.start({});
     EXPECT_EQ(second.waitForExit(), 0);
     EXPECT_TRUE(waitFor([&] { return readAll(log).count("Composer shown") >= 2; }));
+
+    // A first start welcomes the person; the settings open at the section a command names.
+    EXPECT_TRUE(readAll(log).contains("   ✅ Showing onboarding window..."));
+    EXPECT_TRUE(readAll(log).contains("🎯 Onboarding window shown"));
+    QuilloProcess settings(home.path());
+    settings.start({QStringLiteral("quillo://settings?section=mcp")});
+    EXPECT_EQ(settings.waitForExit(), 0) << settings.allStderr().toStdString();
+    EXPECT_TRUE(waitFor([&] { return readAll(log).contains("⚙️ Settings shown at mcp"); }));
 
     desktop.process().terminate();
     EXPECT_EQ(desktop.waitForExit(), 0);

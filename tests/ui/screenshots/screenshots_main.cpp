@@ -53,5 +53,6 @@ int main(int argc, char** argv)
     ScreenshotSession session(args.at(1));
     addComposerShots(session);
     addVideoEditorShots(session);
+    addSettingsShots(session);
     return session.saved() > 0 ? 0 : 1;
 }
