@@ -155,13 +155,18 @@ void Composer::removeMedia(qsizetype index, const QUuid& mediaId)
         changePosts(posts);
 }
 
-void Composer::setCommunity(const std::optional<CommunityContext>& community)
+void Composer::changeHead(const std::function<void(Post&)>& change)
 {
     if (m_posts.isEmpty())
         return;
     QList<Post> posts = m_posts;
-    posts.first().communityContext = community;
+    change(posts.first());
     changePosts(posts);
+}
+
+void Composer::setCommunity(const std::optional<CommunityContext>& community)
+{
+    changeHead([&](Post& head) { head.communityContext = community; });
 }
 
 std::optional<CommunityContext> Composer::community() const
@@ -171,11 +176,7 @@ std::optional<CommunityContext> Composer::community() const
 
 void Composer::setQuote(const std::optional<QuoteContext>& quote)
 {
-    if (m_posts.isEmpty())
-        return;
-    QList<Post> posts = m_posts;
-    posts.first().quoteContext = quote;
-    changePosts(posts);
+    changeHead([&](Post& head) { head.quoteContext = quote; });
 }
 
 std::optional<QuoteContext> Composer::quote() const

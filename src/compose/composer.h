@@ -11,6 +11,7 @@
 #include <QUuid>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -112,6 +113,8 @@ Q_SIGNALS:
 
 private:
     void changePosts(const QList<Post>& posts);
+    // What belongs to the whole thread (quote, community) is kept on its first post.
+    void changeHead(const std::function<void(Post&)>& change);
     void saveDraftNow();
     bool isValidIndex(qsizetype index) const { return index >= 0 && index < m_posts.size(); }
 

@@ -120,8 +120,10 @@ ComposerWindow::ComposerWindow(Composer& composer, const InstanceServices& servi
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_destinations);
-    layout->addWidget(buildCommunityRow());
-    layout->addWidget(buildQuoteRow());
+    m_communityRow = buildNoteRow(m_communityLabel, tr("Post to the Timeline Instead"), [this] { m_composer.setCommunity(std::nullopt); });
+    m_quoteRow = buildNoteRow(m_quoteLabel, tr("Remove Quote"), [this] { m_composer.setQuote(std::nullopt); });
+    layout->addWidget(m_communityRow);
+    layout->addWidget(m_quoteRow);
     layout->addWidget(scroll, 1);
     layout->addWidget(m_panel);
     layout->addLayout(actions);
@@ -171,32 +173,19 @@ QCheckBox* ComposerWindow::platformToggle(PlatformType platform) const
     return m_destinations->toggle(platform);
 }
 
-QWidget* ComposerWindow::buildCommunityRow()
+// A line above the thread saying what applies to all of it, with the button that drops it.
+QWidget* ComposerWindow::buildNoteRow(QLabel*& label, const QString& dropText, const std::function<void()>& drop)
 {
-    m_communityRow = new QWidget(this);
-    auto* row = new QHBoxLayout(m_communityRow);
+    auto* rowWidget = new QWidget(this);
+    auto* row = new QHBoxLayout(rowWidget);
     row->setContentsMargins(0, 0, 0, 0);
-    m_communityLabel = new QLabel(m_communityRow);
-    auto* remove = new QPushButton(tr("Post to the Timeline Instead"), m_communityRow);
-    connect(remove, &QPushButton::clicked, this, [this] { m_composer.setCommunity(std::nullopt); });
-    row->addWidget(m_communityLabel);
-    row->addStretch();
-    row->addWidget(remove);
-    return m_communityRow;
-}
-
-QWidget* ComposerWindow::buildQuoteRow()
-{
-    m_quoteRow = new QWidget(this);
-    auto* row = new QHBoxLayout(m_quoteRow);
-    row->setContentsMargins(0, 0, 0, 0);
-    m_quoteLabel = new QLabel(m_quoteRow);
-    m_quoteLabel->setWordWrap(true);
-    auto* remove = new QPushButton(tr("Remove Quote"), m_quoteRow);
-    connect(remove, &QPushButton::clicked, this, [this] { m_composer.setQuote(std::nullopt); });
-    row->addWidget(m_quoteLabel, 1);
-    row->addWidget(remove);
-    return m_quoteRow;
+    label = new QLabel(rowWidget);
+    label->setWordWrap(true);
+    auto* button = new QPushButton(dropText, rowWidget);
+    connect(button, &QPushButton::clicked, this, drop);
+    row->addWidget(label, 1);
+    row->addWidget(button);
+    return rowWidget;
 }
 
 QuotePicker* ComposerWindow::quotePicker() const

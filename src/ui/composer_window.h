@@ -88,8 +88,7 @@ private:
     void recount(qsizetype index);
     void recountAll();
     void updateActions();
-    QWidget* buildCommunityRow();
-    QWidget* buildQuoteRow();
+    QWidget* buildNoteRow(QLabel*& label, const QString& dropText, const std::function<void()>& drop);
     void chooseQuote();
     void showQuote();
     void chooseCommunity();
