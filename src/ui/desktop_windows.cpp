@@ -4,6 +4,7 @@
 #include "compose/debounce_timer.h"
 #include "compose/post_storage.h"
 #include "events/app_events.h"
+#include "ui/calendar_window.h"
 #include "ui/composer_window.h"
 #include "ui/tray_controller.h"
 #include "ui/ui_log.h"
@@ -31,7 +32,8 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, QObject* parent
         composer().bringToFront();
     });
     connect(&events, &AppEvents::alertRequested, this, &DesktopWindows::showAlert);
-    connect(&events, &AppEvents::calendarRequested, this, [this] { notYetAvailable(tr("The post schedule")); });
+    connect(&events, &AppEvents::calendarRequested, this,
+            [this](const QString& view, const QDateTime& date, const QString& status) { calendar().open(view, date, status); });
     connect(&events, &AppEvents::settingsRequested, this, [this] { notYetAvailable(tr("The settings window")); });
 }
 
@@ -42,6 +44,13 @@ ComposerWindow& DesktopWindows::composer()
     if (!m_composerWindow)
         m_composerWindow = std::make_unique<ComposerWindow>(*m_composer, m_services);
     return *m_composerWindow;
+}
+
+CalendarWindow& DesktopWindows::calendar()
+{
+    if (!m_calendarWindow)
+        m_calendarWindow = std::make_unique<CalendarWindow>(m_services, m_browser);
+    return *m_calendarWindow;
 }
 
 void DesktopWindows::showComposer(const QList<Post>& drafts, const QStringList& platforms)

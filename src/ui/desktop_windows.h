@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/window_host.h"
+#include "core/xdg_url_opener.h"
 #include "model/post.h"
 #include "model/scheduled_post.h"
 
@@ -9,6 +10,7 @@
 
 #include <memory>
 
+class CalendarWindow;
 class Composer;
 class ComposerWindow;
 class PostStorage;
@@ -25,6 +27,8 @@ public:
     // Created on first use and kept: its draft and state survive closing it.
     ComposerWindow& composer();
     Composer& composerModel() { return *m_composer; }
+    // Created on first use and kept, like the composer.
+    CalendarWindow& calendar();
     TrayController& tray() { return *m_tray; }
 
 private:
@@ -37,4 +41,6 @@ private:
     std::unique_ptr<Composer> m_composer;
     std::unique_ptr<ComposerWindow> m_composerWindow;
     std::unique_ptr<TrayController> m_tray;
+    XdgUrlOpener m_browser;
+    std::unique_ptr<CalendarWindow> m_calendarWindow;
 };

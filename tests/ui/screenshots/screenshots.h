@@ -4,3 +4,4 @@ class ScreenshotSession;
 
 // One function per area of the app; each builds its windows with sample content and saves them.
 void addComposerShots(ScreenshotSession& session);
+void addCalendarShots(ScreenshotSession& session);

@@ -52,5 +52,6 @@ int main(int argc, char** argv)
     }
     ScreenshotSession session(args.at(1));
     addComposerShots(session);
+    addCalendarShots(session);
     return session.saved() > 0 ? 0 : 1;
 }
