@@ -45,7 +45,7 @@ CalendarWindow::CalendarWindow(const InstanceServices& services, UrlOpener& brow
     , m_deliveries(services.paths.deliveriesDir())
 {
     setWindowTitle(tr("Post Schedule"));
-    resize(1120, 740);
+    resize(1240, 760);
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(0);
     connect(&m_refresh, &QTimer::timeout, this, &CalendarWindow::refresh);
@@ -59,6 +59,8 @@ CalendarWindow::CalendarWindow(const InstanceServices& services, UrlOpener& brow
     m_list->setUniformItemSizes(true);
     m_list->setAlternatingRowColors(true);
     m_list->setSpacing(1);
+    // The status colour as a thin bar beside each row.
+    m_list->setIconSize(QSize(6, fontMetrics().height() * 2));
     m_stack = new QStackedWidget(this);
     m_stack->addWidget(m_month);
     m_stack->addWidget(m_grid);

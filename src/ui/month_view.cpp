@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 
 #include <algorithm>
 #include <utility>
@@ -149,6 +150,18 @@ std::optional<MonthView::Chip> MonthView::chipAt(const QPoint& point) const
     return std::nullopt;
 }
 
+bool MonthView::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    auto* help = static_cast<QHelpEvent*>(event);
+    if (const std::optional<Chip> chip = chipAt(help->pos()))
+        QToolTip::showText(help->globalPos(), PostChipPainter::toolTip(chip->entry), this, chip->rect);
+    else
+        QToolTip::hideText();
+    return true;
+}
+
 void MonthView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -183,7 +196,8 @@ void MonthView::paintCell(QPainter& painter, QDate day)
         selected.setAlpha(36);
         painter.fillRect(cell, selected);
     }
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(PostChipPainter::lineColor(palette()));
+    painter.setBrush(Qt::NoBrush);
     painter.drawRect(cell.adjusted(0, 0, -1, -1));
 
     QFont font = painter.font();

@@ -38,6 +38,7 @@ Q_SIGNALS:
     void postMoved(const QUuid& id, QDate day);
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

@@ -9,6 +9,7 @@ namespace {
 constexpr int kRadius = 4;
 constexpr int kBarWidth = 3;
 constexpr int kPadding = 4;
+constexpr int kRoomForNetworks = 150;
 
 QString shortName(PlatformType network)
 {
@@ -47,6 +48,13 @@ QColor PostChipPainter::statusColor(PostStatus status)
     return {};
 }
 
+QColor PostChipPainter::lineColor(const QPalette& palette, int alpha)
+{
+    QColor line = palette.color(QPalette::Text);
+    line.setAlpha(alpha);
+    return line;
+}
+
 QString PostChipPainter::statusText(const PostDayEntry& entry)
 {
     if (entry.interrupted)
@@ -82,9 +90,16 @@ QString PostChipPainter::networkInitials(const QList<PlatformType>& networks)
     return initials.join(QLatin1Char(' '));
 }
 
+QString PostChipPainter::toolTip(const PostDayEntry& entry)
+{
+    return timeText(entry) + QStringLiteral(" · ") + statusText(entry) + QStringLiteral(" · ") + networksText(entry.networks)
+        + QLatin1Char('\n') + entry.title;
+}
+
 void PostChipPainter::paintBackground(QPainter& painter, const QRect& rect, const PostDayEntry& entry,
                                       const QPalette& palette, bool selected)
 {
+    painter.save();
     const QColor status = statusColor(entry.status);
     QColor fill = status;
     if (!entry.needsAttention())
@@ -96,7 +111,7 @@ void PostChipPainter::paintBackground(QPainter& painter, const QRect& rect, cons
     painter.setPen(Qt::NoPen);
     painter.setBrush(status);
     painter.drawRoundedRect(QRect(rect.left(), rect.top(), kBarWidth + kRadius, rect.height()), kRadius, kRadius);
-    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.restore();
 }
 
 QColor PostChipPainter::textColor(const PostDayEntry& entry, const QPalette& palette)
@@ -110,8 +125,9 @@ void PostChipPainter::paintLine(QPainter& painter, const QRect& rect, const Post
     paintBackground(painter, rect, entry, palette, selected);
     const QRect text = rect.adjusted(kBarWidth + kPadding + 2, 0, -kPadding, 0);
     const QString mark = entry.needsAttention() ? QStringLiteral("⚠ ") : QString();
-    const QString line = mark + timeText(entry) + QLatin1Char(' ') + networkInitials(entry.networks)
-        + QStringLiteral("  ") + entry.title;
+    // Networks only where the title still has room after them.
+    const QString networks = text.width() >= kRoomForNetworks ? networkInitials(entry.networks) + QLatin1Char(' ') : QString();
+    const QString line = mark + timeText(entry) + QLatin1Char(' ') + networks + entry.title;
     painter.setPen(textColor(entry, palette));
     painter.drawText(text, Qt::AlignVCenter | Qt::AlignLeft,
                      painter.fontMetrics().elidedText(line, Qt::ElideRight, text.width()));
@@ -123,14 +139,16 @@ void PostChipPainter::paintBlock(QPainter& painter, const QRect& rect, const Pos
     paintBackground(painter, rect, entry, palette, selected);
     const QRect text = rect.adjusted(kBarWidth + kPadding + 2, 2, -kPadding, -2);
     const int lineHeight = painter.fontMetrics().height();
-    const QString mark = entry.needsAttention() ? QStringLiteral("⚠ ") + statusText(entry) + QStringLiteral(" · ")
-                                                : QString();
-    const QString head = mark + timeText(entry) + QStringLiteral(" · ") + networksText(entry.networks);
+    const QString mark = entry.needsAttention() ? QStringLiteral("⚠ ") : QString();
     painter.setPen(textColor(entry, palette));
     QFont bold = painter.font();
     bold.setBold(true);
     painter.save();
     painter.setFont(bold);
+    // Network names when they fit, their initials when the column is narrow.
+    QString head = mark + timeText(entry) + QStringLiteral("  ") + networksText(entry.networks);
+    if (painter.fontMetrics().horizontalAdvance(head) > text.width())
+        head = mark + timeText(entry) + QStringLiteral("  ") + networkInitials(entry.networks);
     painter.drawText(QRect(text.left(), text.top(), text.width(), lineHeight), Qt::AlignLeft | Qt::AlignVCenter,
                      painter.fontMetrics().elidedText(head, Qt::ElideRight, text.width()));
     painter.restore();

@@ -14,12 +14,17 @@ class QRect;
 class PostChipPainter {
 public:
     static QColor statusColor(PostStatus status);
+    // Grid lines that stay faint in light and dark palettes alike.
+    static QColor lineColor(const QPalette& palette, int alpha = 45);
     // "Queued", "Failed", "Interrupted", ...
     static QString statusText(const PostDayEntry& entry);
     // "X · Bluesky · Mastodon"
     static QString networksText(const QList<PlatformType>& networks);
     // "X B M": for chips too narrow for names.
     static QString networkInitials(const QList<PlatformType>& networks);
+
+    // Time, status, networks and title, for a chip's tooltip.
+    static QString toolTip(const PostDayEntry& entry);
 
     // One line: time, networks, title.
     static void paintLine(QPainter& painter, const QRect& rect, const PostDayEntry& entry, const QPalette& palette,

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kPanelWidth = 300;
+constexpr int kPanelWidth = 280;
 constexpr qsizetype kShownText = 600;
 
 QLabel* wrappingLabel(QWidget* parent)
@@ -61,15 +61,15 @@ PostDetailsPanel::PostDetailsPanel(QWidget* parent)
     m_retry = addButton(tr("Retry"), &PostDetailsPanel::retryRequested);
     m_delete = addButton(tr("Delete…"), &PostDetailsPanel::deleteRequested);
     m_retry->setToolTip(tr("Publish again only to the accounts that did not get it"));
-    actions->addWidget(m_edit, 0, 0);
-    actions->addWidget(m_duplicate, 0, 1);
-    actions->addWidget(m_retry, 1, 0);
-    actions->addWidget(m_delete, 1, 1);
+    actions->addWidget(m_retry, 0, 0, 1, 2);
+    actions->addWidget(m_edit, 1, 0);
+    actions->addWidget(m_duplicate, 1, 1);
     m_links->setText(tr("Open published post"));
     m_links->setPopupMode(QToolButton::InstantPopup);
     m_links->setToolButtonStyle(Qt::ToolButtonTextOnly);
     m_links->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     actions->addWidget(m_links, 2, 0, 1, 2);
+    actions->addWidget(m_delete, 3, 1);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_when);

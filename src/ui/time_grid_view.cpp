@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QToolTip>
 
 #include <algorithm>
 #include <utility>
@@ -206,6 +207,18 @@ QRect TimeGridView::postRect(const QUuid& id) const
     return {};
 }
 
+bool TimeGridView::viewportEvent(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QAbstractScrollArea::viewportEvent(event);
+    auto* help = static_cast<QHelpEvent*>(event);
+    if (const std::optional<Block> block = blockAt(help->pos()))
+        QToolTip::showText(help->globalPos(), PostChipPainter::toolTip(block->entry), viewport(), block->rect);
+    else
+        QToolTip::hideText();
+    return true;
+}
+
 void TimeGridView::paintEvent(QPaintEvent*)
 {
     QPainter painter(viewport());
@@ -232,13 +245,13 @@ void TimeGridView::paintHours(QPainter& painter)
     }
     for (int hour = 0; hour < 24; ++hour) {
         const int y = yForMinutes(hour * 60);
-        painter.setPen(palette().color(QPalette::Midlight));
+        painter.setPen(PostChipPainter::lineColor(palette(), 30));
         painter.drawLine(gutterWidth(), y, viewport()->width(), y);
         painter.setPen(palette().color(QPalette::PlaceholderText));
         painter.drawText(QRect(0, y - fontMetrics().height() / 2, gutterWidth() - 6, fontMetrics().height()),
                          Qt::AlignRight | Qt::AlignVCenter, QStringLiteral("%1:00").arg(hour, 2, 10, QLatin1Char('0')));
     }
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(PostChipPainter::lineColor(palette()));
     for (int column = 0; column <= m_count; ++column)
         painter.drawLine(columnLeft(column), 0, columnLeft(column), viewport()->height());
 }
@@ -260,7 +273,7 @@ void TimeGridView::paintHeader(QPainter& painter)
         painter.drawText(cell, Qt::AlignCenter, name);
         painter.restore();
     }
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(PostChipPainter::lineColor(palette()));
     painter.drawLine(0, headerHeight() - 1, viewport()->width(), headerHeight() - 1);
 }
 

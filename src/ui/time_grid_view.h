@@ -40,6 +40,7 @@ Q_SIGNALS:
     void postMoved(const QUuid& id, const QDateTime& when);
 
 protected:
+    bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

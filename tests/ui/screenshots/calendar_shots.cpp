@@ -26,7 +26,7 @@ QList<Sample> samples()
     const QStringList masto{QStringLiteral("mastodon")};
     return {
         {-9, QTime(9, 0), PostStatus::published, "Quillo 0.1 is out: write once, publish everywhere.", all()},
-        {-6, QTime(13, 30), PostStatus::published, "Three things I learned shipping a Qt app in 2025 🧵", xAndSky},
+        {-6, QTime(13, 30), PostStatus::published, "Three things I learned shipping a Qt app in 2025 (a thread)", xAndSky},
         {-2, QTime(8, 15), PostStatus::published, "Good morning! Coffee, then the release notes.", sky},
         {-2, QTime(17, 0), PostStatus::failed, "Livestream tonight at 8: building the calendar view", all()},
         {-1, QTime(11, 45), PostStatus::published, "The calendar is in: drag posts to move them.", masto},

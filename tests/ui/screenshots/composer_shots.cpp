@@ -5,6 +5,7 @@
 #include "compose/debounce_timer.h"
 #include "compose/post_storage.h"
 #include "ui/composer_window.h"
+#include "ui/schedule_sheet.h"
 #include "ui/tray_controller.h"
 
 #include <QMenu>
@@ -14,8 +15,8 @@ void addComposerShots(ScreenshotSession& session)
     UiStack& stack = session.stack();
     PostStorage storage(stack.preferences);
     Composer composer(stack.preferences, storage, std::make_unique<QtDebounceTimer>());
-    composer.setPosts({Post(QStringLiteral("Quillo 0.1 is out: write once, publish to X, Bluesky and Mastodon. 🧵")),
-                       Post(QStringLiteral("Schedule posts from the calendar or from your editor through MCP."))});
+    composer.setPosts({Post::create(QStringLiteral("Quillo 0.1 is out: write once, publish to X, Bluesky and Mastodon. 🧵")),
+                       Post::create(QStringLiteral("Schedule posts from the calendar or from your editor through MCP."))});
     ComposerWindow window(composer, stack.services());
     window.selectPlatforms({QStringLiteral("x"), QStringLiteral("bluesky"), QStringLiteral("mastodon")});
     session.save(window, QStringLiteral("composer"));
