@@ -1,6 +1,7 @@
 // The post schedule with 10,000 stored posts spread over a year (about 27 a day, three-post
 // threads with media): opening the window on the month view and painting it, switching to
-// the next month, repainting, and the week view. Offscreen; each figure includes the paint.
+// the next month, repainting, the week view, and following one change in the month and in
+// the list of every post. Offscreen; each figure includes the paint.
 #include "core/url_opener.h"
 #include "store/post_day_index.h"
 #include "support/sample_posts.h"
@@ -144,6 +145,25 @@ void BM_OneChangeWhileOpen(benchmark::State& state)
     }
 }
 BENCHMARK(BM_OneChangeWhileOpen)->Unit(benchmark::kMillisecond);
+
+void BM_OneChangeInTheList(benchmark::State& state)
+{
+    // The list holds every post; it is read again from the index after each change.
+    Fixture& f = fixture();
+    std::unique_ptr<CalendarWindow> window = openMonth();
+    window->setMode(CalendarMode::list);
+    QApplication::processEvents();
+    const QUuid id = f.stack.scheduler.scheduledPosts().at(kPosts - 2).id;
+    double shift = 0;
+    for (auto _ : state) {
+        std::optional<ScheduledPost> post = f.stack.scheduler.scheduledPost(id);
+        post->scheduledDate = post->scheduledDate.addSeconds(shift += 60);
+        f.stack.scheduler.addOrUpdate(*post, id);
+        QApplication::processEvents();
+        benchmark::DoNotOptimize(window->grab());
+    }
+}
+BENCHMARK(BM_OneChangeInTheList)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -23,4 +23,6 @@ struct PostDayEntry {
     bool interrupted = false;
 
     bool needsAttention() const { return status == PostStatus::failed; }
+    // Published and publishing posts keep their time.
+    bool canMove() const { return status != PostStatus::published && status != PostStatus::processing; }
 };

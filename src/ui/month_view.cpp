@@ -3,7 +3,6 @@
 #include "store/post_day_index.h"
 #include "ui/post_chip_painter.h"
 
-#include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -16,11 +15,6 @@ namespace {
 constexpr int kColumns = 7;
 constexpr int kRows = 6;
 constexpr int kCellPadding = 3;
-
-bool movable(const PostDayEntry& entry)
-{
-    return entry.status != PostStatus::published && entry.status != PostStatus::processing;
-}
 
 } // namespace
 
@@ -170,7 +164,7 @@ void MonthView::paintEvent(QPaintEvent*)
     const QDate first = firstShownDay();
     for (int i = 0; i < kColumns * kRows; ++i)
         paintCell(painter, first.addDays(i));
-    if (m_dragging)
+    if (m_drag.isDragging())
         paintDropTarget(painter);
 }
 
@@ -235,7 +229,6 @@ void MonthView::mousePressEvent(QMouseEvent* event)
         return;
     const QPoint point = event->position().toPoint();
     const std::optional<Chip> chip = chipAt(point);
-    m_dragging = false;
     m_pressed.reset();
     if (!chip) {
         const QDate day = dayAt(point);
@@ -246,30 +239,26 @@ void MonthView::mousePressEvent(QMouseEvent* event)
             Q_EMIT dayActivated(day);
         return;
     }
-    if (movable(chip->entry)) {
+    if (chip->entry.canMove()) {
         m_pressed = chip->entry;
-        m_pressPoint = point;
+        m_drag.press(point);
     }
     Q_EMIT postSelected(chip->entry.id);
 }
 
 void MonthView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (!m_pressed)
+    if (!m_pressed || !m_drag.move(event->position().toPoint()))
         return;
-    const QPoint point = event->position().toPoint();
-    if (!m_dragging && (point - m_pressPoint).manhattanLength() < QApplication::startDragDistance())
-        return;
-    m_dragging = true;
     setCursor(Qt::ClosedHandCursor);
-    m_dropDay = dayAt(point);
+    m_dropDay = dayAt(m_drag.lastPoint());
     update();
 }
 
 void MonthView::mouseReleaseEvent(QMouseEvent* event)
 {
     const std::optional<PostDayEntry> pressed = std::exchange(m_pressed, std::nullopt);
-    const bool dragged = std::exchange(m_dragging, false);
+    const bool dragged = m_drag.release();
     unsetCursor();
     update();
     if (!pressed || !dragged)

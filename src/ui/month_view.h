@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/post_day_entry.h"
+#include "ui/press_drag_tracker.h"
 
 #include <QDate>
 #include <QPoint>
@@ -71,9 +72,8 @@ private:
     QDate m_today;
     QUuid m_selectedPost;
     std::optional<PostStatus> m_filter;
-    // A press on a movable chip; becomes a drag once the pointer travels far enough.
+    // The movable chip pressed, while the press lasts.
     std::optional<PostDayEntry> m_pressed;
-    QPoint m_pressPoint;
-    bool m_dragging = false;
+    PressDragTracker m_drag;
     QDate m_dropDay;
 };

@@ -3,7 +3,6 @@
 #include "store/post_day_index.h"
 #include "ui/post_chip_painter.h"
 
-#include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -20,11 +19,6 @@ constexpr int kSnapMinutes = 15;
 // A post lasts no time; its block shows 45 minutes so two lines of text fit.
 constexpr int kBlockMinutes = 45;
 constexpr int kMaxLanes = 4;
-
-bool movable(const PostDayEntry& entry)
-{
-    return entry.status != PostStatus::published && entry.status != PostStatus::processing;
-}
 
 int minutesOf(const QDateTime& when)
 {
@@ -228,7 +222,7 @@ void TimeGridView::paintEvent(QPaintEvent*)
         for (const Block& block : blocksFor(m_first.addDays(column)))
             PostChipPainter::paintBlock(painter, block.rect, block.entry, palette(), block.entry.id == m_selectedPost);
     }
-    if (m_dragging)
+    if (m_drag.isDragging())
         paintDrag(painter);
     paintHeader(painter);
 }
@@ -279,7 +273,7 @@ void TimeGridView::paintHeader(QPainter& painter)
 
 void TimeGridView::paintDrag(QPainter& painter)
 {
-    const std::optional<QDateTime> when = timeAt(m_dragPoint - QPoint(0, m_pressPoint.y() - m_pressed->rect.top()));
+    const std::optional<QDateTime> when = timeAt(m_drag.lastPoint() - QPoint(0, m_drag.pressPoint().y() - m_pressed->rect.top()));
     if (!when)
         return;
     PostDayEntry moved = m_pressed->entry;
@@ -298,7 +292,6 @@ void TimeGridView::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return;
     const QPoint point = event->position().toPoint();
-    m_dragging = false;
     m_pressed.reset();
     const std::optional<Block> block = blockAt(point);
     if (!block) {
@@ -306,22 +299,17 @@ void TimeGridView::mousePressEvent(QMouseEvent* event)
             Q_EMIT daySelected(day);
         return;
     }
-    if (movable(block->entry)) {
+    if (block->entry.canMove()) {
         m_pressed = block;
-        m_pressPoint = point;
+        m_drag.press(point);
     }
     Q_EMIT postSelected(block->entry.id);
 }
 
 void TimeGridView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (!m_pressed)
+    if (!m_pressed || !m_drag.move(event->position().toPoint()))
         return;
-    const QPoint point = event->position().toPoint();
-    if (!m_dragging && (point - m_pressPoint).manhattanLength() < QApplication::startDragDistance())
-        return;
-    m_dragging = true;
-    m_dragPoint = point;
     viewport()->setCursor(Qt::ClosedHandCursor);
     viewport()->update();
 }
@@ -329,13 +317,13 @@ void TimeGridView::mouseMoveEvent(QMouseEvent* event)
 void TimeGridView::mouseReleaseEvent(QMouseEvent* event)
 {
     const std::optional<Block> pressed = std::exchange(m_pressed, std::nullopt);
-    const bool dragged = std::exchange(m_dragging, false);
+    const bool dragged = m_drag.release();
     viewport()->unsetCursor();
     viewport()->update();
     if (!pressed || !dragged)
         return;
     // The block's top follows the pointer, keeping where in the block it was grabbed.
-    const QPoint top = event->position().toPoint() - QPoint(0, m_pressPoint.y() - pressed->rect.top());
+    const QPoint top = event->position().toPoint() - QPoint(0, m_drag.pressPoint().y() - pressed->rect.top());
     const std::optional<QDateTime> when = timeAt(top);
     if (when && *when != pressed->entry.when)
         Q_EMIT postMoved(pressed->entry.id, *when);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/post_day_entry.h"
+#include "ui/press_drag_tracker.h"
 
 #include <QAbstractScrollArea>
 #include <QDate>
@@ -75,8 +76,7 @@ private:
     QDate m_today;
     QUuid m_selectedPost;
     std::optional<PostStatus> m_filter;
+    // The movable block pressed, while the press lasts.
     std::optional<Block> m_pressed;
-    QPoint m_pressPoint;
-    bool m_dragging = false;
-    QPoint m_dragPoint;
+    PressDragTracker m_drag;
 };
