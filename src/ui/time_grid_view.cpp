@@ -72,7 +72,8 @@ void TimeGridView::setToday(QDate today)
 
 void TimeGridView::scrollToHour(int hour)
 {
-    verticalScrollBar()->setValue(std::clamp(hour, 0, 23) * kHourHeight);
+    // A little above the hour, so its label is not under the day names.
+    verticalScrollBar()->setValue(std::max(0, std::clamp(hour, 0, 23) * kHourHeight - kHourHeight / 4));
 }
 
 int TimeGridView::headerHeight() const
