@@ -145,6 +145,21 @@ TEST_F(CalendarWindowTest, DraggingAPostInTheWeekStoresItsNewDayAndTime)
     settle();
     EXPECT_EQ(grid->postRect(queued).left() > block.left(), true) << "drawn in the next day's column";
 
+    // In the month a post dragged to another day keeps its time of day.
+    window.setMode(CalendarMode::month);
+    settle();
+    MonthView* month = window.monthView();
+    const QRect chip = month->chipRect(queued);
+    ASSERT_FALSE(chip.isEmpty());
+    const QPoint friday = month->cellRect(monday.addDays(4)).center();
+    QTest::mousePress(month, Qt::LeftButton, {}, chip.center());
+    QTest::mouseMove(month, chip.center() + QPoint(20, 0));
+    QTest::mouseMove(month, friday);
+    QTest::mouseRelease(month, Qt::LeftButton, {}, friday);
+    EXPECT_EQ(stack.scheduler.scheduledPost(queued)->scheduledDate, Timestamp::fromDateTime(local(monday.addDays(4), QTime(14, 0))));
+    window.setMode(CalendarMode::week);
+    settle();
+
     // A published post stays where it went out.
     const QRect done = grid->postRect(published);
     ASSERT_FALSE(done.isEmpty());
