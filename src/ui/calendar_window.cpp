@@ -197,8 +197,7 @@ void CalendarWindow::setStatusFilter(std::optional<PostStatus> status)
 {
     m_filter = status;
     m_toolbar->setStatusFilter(status);
-    m_month->setStatusFilter(status);
-    m_grid->setStatusFilter(status);
+    pushViewState();
     refreshList();
     refreshBanner();
 }
@@ -206,8 +205,7 @@ void CalendarWindow::setStatusFilter(std::optional<PostStatus> status)
 void CalendarWindow::selectPost(const QUuid& id)
 {
     m_selectedPost = id;
-    m_month->setSelectedPost(id);
-    m_grid->setSelectedPost(id);
+    pushViewState();
     refreshDetails();
     if (m_mode == CalendarMode::list) {
         const int row = m_listModel->rowOf(id);
@@ -235,12 +233,8 @@ void CalendarWindow::step(int direction)
 void CalendarWindow::showMode()
 {
     m_toolbar->setMode(m_mode);
-    const QDate now = today();
-    m_month->setToday(now);
-    m_grid->setToday(now);
     m_month->setMonth(m_selectedDate);
-    m_month->setSelectedDate(m_selectedDate);
-    m_grid->setSelectedDate(m_selectedDate);
+    pushViewState();
     switch (m_mode) {
     case CalendarMode::month:
         m_stack->setCurrentWidget(m_month);
@@ -261,12 +255,18 @@ void CalendarWindow::showMode()
     refreshTitle();
 }
 
+void CalendarWindow::pushViewState()
+{
+    const CalendarViewState state{m_selectedDate, today(), m_selectedPost, m_filter};
+    m_month->setViewState(state);
+    m_grid->setViewState(state);
+}
+
 void CalendarWindow::refresh()
 {
     if (!m_selectedPost.isNull() && !m_index.entry(m_selectedPost))
         m_selectedPost = QUuid();
-    m_month->update();
-    m_grid->viewport()->update();
+    pushViewState();
     refreshList();
     refreshBanner();
     refreshDetails();

@@ -67,6 +67,7 @@ private:
     void saveState();
     void step(int direction);
     void showMode();
+    void pushViewState();
     void refresh();
     void refreshBanner();
     void refreshDetails();

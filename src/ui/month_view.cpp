@@ -34,27 +34,9 @@ void MonthView::setMonth(QDate anyDayOfMonth)
     update();
 }
 
-void MonthView::setSelectedDate(QDate day)
+void MonthView::setViewState(const CalendarViewState& state)
 {
-    m_selectedDay = day;
-    update();
-}
-
-void MonthView::setSelectedPost(const QUuid& id)
-{
-    m_selectedPost = id;
-    update();
-}
-
-void MonthView::setStatusFilter(std::optional<PostStatus> status)
-{
-    m_filter = status;
-    update();
-}
-
-void MonthView::setToday(QDate today)
-{
-    m_today = today;
+    m_state = state;
     update();
 }
 
@@ -104,7 +86,7 @@ MonthView::CellLayout MonthView::layoutCell(QDate day) const
 {
     CellLayout layout;
     const QRect cell = cellRect(day);
-    const QList<PostDayEntry> entries = m_index.postsOn(day, m_filter);
+    const QList<PostDayEntry> entries = m_index.postsOn(day, m_state.filter);
     const int top = cell.top() + fontMetrics().height() + 2 * kCellPadding;
     const int fits = std::max(0, (cell.bottom() - kCellPadding - top) / (chipHeight() + 2));
     const qsizetype shown = entries.size() <= fits ? entries.size() : std::max(0, fits - 1);
@@ -185,7 +167,7 @@ void MonthView::paintCell(QPainter& painter, QDate day)
     const bool inMonth = day.month() == m_month.month();
     if (!inMonth)
         painter.fillRect(cell, palette().color(QPalette::AlternateBase));
-    if (day == m_selectedDay) {
+    if (day == m_state.selectedDay) {
         QColor selected = palette().color(QPalette::Highlight);
         selected.setAlpha(36);
         painter.fillRect(cell, selected);
@@ -195,10 +177,10 @@ void MonthView::paintCell(QPainter& painter, QDate day)
     painter.drawRect(cell.adjusted(0, 0, -1, -1));
 
     QFont font = painter.font();
-    font.setBold(day == m_today);
+    font.setBold(day == m_state.today);
     painter.save();
     painter.setFont(font);
-    painter.setPen(day == m_today ? palette().color(QPalette::Highlight)
+    painter.setPen(day == m_state.today ? palette().color(QPalette::Highlight)
                                   : palette().color(inMonth ? QPalette::Text : QPalette::PlaceholderText));
     const QRect number = cell.adjusted(kCellPadding + 2, kCellPadding, -kCellPadding - 2, 0);
     painter.drawText(number, Qt::AlignTop | Qt::AlignRight, QString::number(day.day()));
@@ -206,7 +188,7 @@ void MonthView::paintCell(QPainter& painter, QDate day)
 
     const CellLayout layout = layoutCell(day);
     for (const Chip& chip : layout.chips)
-        PostChipPainter::paintLine(painter, chip.rect, chip.entry, palette(), chip.entry.id == m_selectedPost);
+        PostChipPainter::paintLine(painter, chip.rect, chip.entry, palette(), chip.entry.id == m_state.selectedPost);
     if (layout.hidden > 0) {
         painter.setPen(palette().color(QPalette::Link));
         painter.drawText(layout.moreRect.adjusted(4, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/post_day_entry.h"
+#include "ui/calendar_view_state.h"
 #include "ui/press_drag_tracker.h"
 
 #include <QDate>
@@ -19,10 +20,7 @@ public:
     explicit MonthView(const PostDayIndex& index, QWidget* parent = nullptr);
 
     void setMonth(QDate anyDayOfMonth);
-    void setSelectedDate(QDate day);
-    void setSelectedPost(const QUuid& id);
-    void setStatusFilter(std::optional<PostStatus> status);
-    void setToday(QDate today);
+    void setViewState(const CalendarViewState& state);
 
     QDate firstShownDay() const;
     // The cell of a shown day, or an empty rectangle.
@@ -68,10 +66,7 @@ private:
 
     const PostDayIndex& m_index;
     QDate m_month;
-    QDate m_selectedDay;
-    QDate m_today;
-    QUuid m_selectedPost;
-    std::optional<PostStatus> m_filter;
+    CalendarViewState m_state;
     // The movable chip pressed, while the press lasts.
     std::optional<PostDayEntry> m_pressed;
     PressDragTracker m_drag;

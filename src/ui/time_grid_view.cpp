@@ -46,27 +46,9 @@ void TimeGridView::setDays(QDate first, int count)
     viewport()->update();
 }
 
-void TimeGridView::setSelectedDate(QDate day)
+void TimeGridView::setViewState(const CalendarViewState& state)
 {
-    m_selectedDay = day;
-    viewport()->update();
-}
-
-void TimeGridView::setSelectedPost(const QUuid& id)
-{
-    m_selectedPost = id;
-    viewport()->update();
-}
-
-void TimeGridView::setStatusFilter(std::optional<PostStatus> status)
-{
-    m_filter = status;
-    viewport()->update();
-}
-
-void TimeGridView::setToday(QDate today)
-{
-    m_today = today;
+    m_state = state;
     viewport()->update();
 }
 
@@ -115,7 +97,7 @@ QList<TimeGridView::Block> TimeGridView::blocksFor(QDate day) const
     const qint64 column = m_first.daysTo(day);
     if (column < 0 || column >= m_count)
         return {};
-    const QList<PostDayEntry> entries = m_index.postsOn(day, m_filter);
+    const QList<PostDayEntry> entries = m_index.postsOn(day, m_state.filter);
     // Greedy lanes: a post goes into the first lane free at its time, so posts close in
     // time sit side by side instead of on top of each other.
     QList<int> laneEnds;
@@ -221,7 +203,7 @@ void TimeGridView::paintEvent(QPaintEvent*)
     paintHours(painter);
     for (int column = 0; column < m_count; ++column) {
         for (const Block& block : blocksFor(m_first.addDays(column)))
-            PostChipPainter::paintBlock(painter, block.rect, block.entry, palette(), block.entry.id == m_selectedPost);
+            PostChipPainter::paintBlock(painter, block.rect, block.entry, palette(), block.entry.id == m_state.selectedPost);
     }
     if (m_drag.isDragging())
         paintDrag(painter);
@@ -232,10 +214,10 @@ void TimeGridView::paintHours(QPainter& painter)
 {
     for (int column = 0; column < m_count; ++column) {
         const QDate day = m_first.addDays(column);
-        if (day != m_selectedDay && day != m_today)
+        if (day != m_state.selectedDay && day != m_state.today)
             continue;
         QColor tint = palette().color(QPalette::Highlight);
-        tint.setAlpha(day == m_selectedDay ? 26 : 12);
+        tint.setAlpha(day == m_state.selectedDay ? 26 : 12);
         painter.fillRect(QRect(columnLeft(column), 0, columnLeft(column + 1) - columnLeft(column), viewport()->height()), tint);
     }
     for (int hour = 0; hour < 24; ++hour) {
@@ -259,10 +241,10 @@ void TimeGridView::paintHeader(QPainter& painter)
         const QDate day = m_first.addDays(column);
         const QRect cell(columnLeft(column), 0, columnLeft(column + 1) - columnLeft(column), headerHeight());
         QFont font = painter.font();
-        font.setBold(day == m_today);
+        font.setBold(day == m_state.today);
         painter.save();
         painter.setFont(font);
-        painter.setPen(day == m_today ? palette().color(QPalette::Highlight) : palette().color(QPalette::WindowText));
+        painter.setPen(day == m_state.today ? palette().color(QPalette::Highlight) : palette().color(QPalette::WindowText));
         const QString name = locale().dayName(day.dayOfWeek(), QLocale::ShortFormat) + QLatin1Char(' ')
             + QString::number(day.day());
         painter.drawText(cell, Qt::AlignCenter, name);

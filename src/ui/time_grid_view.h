@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/post_day_entry.h"
+#include "ui/calendar_view_state.h"
 #include "ui/press_drag_tracker.h"
 
 #include <QAbstractScrollArea>
@@ -21,10 +22,7 @@ public:
 
     // 1 (day) or 7 (week) columns starting at `first`.
     void setDays(QDate first, int count);
-    void setSelectedDate(QDate day);
-    void setSelectedPost(const QUuid& id);
-    void setStatusFilter(std::optional<PostStatus> status);
-    void setToday(QDate today);
+    void setViewState(const CalendarViewState& state);
     // Scrolls so the hour is near the top.
     void scrollToHour(int hour);
 
@@ -72,10 +70,7 @@ private:
     const PostDayIndex& m_index;
     QDate m_first;
     int m_count = 7;
-    QDate m_selectedDay;
-    QDate m_today;
-    QUuid m_selectedPost;
-    std::optional<PostStatus> m_filter;
+    CalendarViewState m_state;
     // The movable block pressed, while the press lasts.
     std::optional<Block> m_pressed;
     PressDragTracker m_drag;
