@@ -307,8 +307,11 @@ void CalendarWindow::refreshTitle()
     const QLocale locale;
     switch (m_mode) {
     case CalendarMode::month:
-    case CalendarMode::list:
         m_toolbar->setTitle(locale.toString(m_selectedDate, QStringLiteral("MMMM yyyy")));
+        break;
+    case CalendarMode::list:
+        // The list holds every date; it opens at the chosen month.
+        m_toolbar->setTitle(tr("All dates, from %1").arg(locale.toString(m_selectedDate, QStringLiteral("MMMM yyyy"))));
         break;
     case CalendarMode::week: {
         const QDate first = weekStart(m_selectedDate);
