@@ -8,6 +8,9 @@
 
 #include <QSignalSpy>
 
+#include <array>
+#include <random>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -91,4 +94,46 @@ TEST_F(PostDayIndexTest, ActionsRefuseWhatWouldRewriteHistory)
     EXPECT_EQ(duplicate.status, PostStatus::draft);
     EXPECT_EQ(duplicate.content.at(0).text, QStringLiteral("Hello"));
     EXPECT_EQ(store.scheduledPosts().size(), 3);
+}
+
+TEST_F(PostDayIndexTest, FollowingChangesOneByOneEndsWhereARebuildDoes)
+{
+    // Random adds, moves, status changes and deletes; after each, the index kept up to date
+    // one post at a time must equal one built from scratch over the same list.
+    PostDayIndex kept(store, kTokyo);
+    std::mt19937 random(19);
+    QList<QUuid> ids;
+    const Timestamp start = *Timestamp::fromIso8601(QStringLiteral("2025-03-01T00:00:00Z"));
+    const auto anyInstant = [&] { return start.addSeconds(double(random() % (10 * 86400))); };
+    const std::array<PostStatus, 5> statuses{PostStatus::draft, PostStatus::queued, PostStatus::processing,
+                                             PostStatus::published, PostStatus::failed};
+    for (int step = 0; step < 300; ++step) {
+        const unsigned choice = ids.isEmpty() ? 0 : random() % 4;
+        if (choice == 0) {
+            ScheduledPost post = postAt(QStringLiteral("2025-03-01T00:00:00Z"), statuses.at(random() % 5));
+            post.scheduledDate = anyInstant();
+            ids.append(store.addOrUpdate(post));
+        } else {
+            const QUuid id = ids.at(qsizetype(random() % ids.size()));
+            if (choice == 1) {
+                ScheduledPost post = *store.scheduledPost(id);
+                post.scheduledDate = anyInstant();
+                store.addOrUpdate(post, id);
+            } else if (choice == 2) {
+                store.updateStatus(id, statuses.at(random() % 5), QStringLiteral("boom"));
+            } else {
+                store.deletePost(id);
+                ids.removeOne(id);
+            }
+        }
+        PostDayIndex fresh(store, kTokyo);
+        ASSERT_EQ(kept.size(), fresh.size()) << "step " << step;
+        ASSERT_EQ(kept.failedCount(), fresh.failedCount()) << "step " << step;
+        const QList<PostDayEntry> a = kept.allPosts();
+        const QList<PostDayEntry> b = fresh.allPosts();
+        for (qsizetype i = 0; i < a.size(); ++i) {
+            ASSERT_EQ(a.at(i).when, b.at(i).when) << "step " << step;
+            ASSERT_EQ(a.at(i).status, b.at(i).status) << "step " << step;
+        }
+    }
 }

@@ -272,3 +272,45 @@ TEST_F(CalendarWindowTest, RetrySendsOnlyWhatIsMissingAndTheLinksOpen)
     opened.sort();
     EXPECT_EQ(opened, (QStringList{QStringLiteral("https://example.net/sky-0"), QStringLiteral("https://example.net/x-0")}));
 }
+
+TEST_F(CalendarWindowTest, ABusyDayShowsWhatFitsAndLeadsToTheRestAndCloseTimesSitSideBySide)
+{
+    QList<QUuid> ids;
+    for (int i = 0; i < 12; ++i)
+        ids.append(schedule(local(monday, QTime(9, 0).addSecs(600 * i)), PostStatus::queued, QStringLiteral("Post %1").arg(i)));
+    CalendarWindow& window = openCalendar(QStringLiteral("month"), local(monday, QTime(0, 0)));
+    MonthView* month = window.monthView();
+    EXPECT_FALSE(month->chipRect(ids.first()).isEmpty());
+    EXPECT_TRUE(month->chipRect(ids.last()).isEmpty()) << "twelve posts do not fit in one cell";
+    const QRect cell = month->cellRect(monday);
+    EXPECT_TRUE(cell.contains(month->chipRect(ids.first())));
+
+    // A click on "+N more", the line under the last chip that fits, opens that day.
+    QRect lastShown;
+    for (const QUuid& id : ids) {
+        if (!month->chipRect(id).isEmpty())
+            lastShown = month->chipRect(id);
+    }
+    QTest::mouseClick(month, Qt::LeftButton, {}, lastShown.center() + QPoint(0, lastShown.height() + 2));
+    EXPECT_EQ(window.mode(), CalendarMode::day);
+    EXPECT_EQ(window.selectedDate(), monday);
+
+    // Ten minutes apart, the blocks would cover each other: they share the width instead.
+    settle();
+    TimeGridView* grid = window.timeGridView();
+    const QRect first = grid->postRect(ids.at(0));
+    const QRect second = grid->postRect(ids.at(1));
+    ASSERT_FALSE(first.isEmpty());
+    ASSERT_FALSE(second.isEmpty());
+    EXPECT_FALSE(first.intersects(second));
+
+    // Duplicating makes a draft copy and selects it.
+    window.selectPost(ids.at(0));
+    QTest::mouseClick(window.detailsPanel()->duplicateButton(), Qt::LeftButton);
+    ASSERT_NE(window.selectedPost(), ids.at(0));
+    const std::optional<ScheduledPost> copy = stack.scheduler.scheduledPost(window.selectedPost());
+    ASSERT_TRUE(copy.has_value());
+    EXPECT_EQ(copy->status, PostStatus::draft);
+    EXPECT_EQ(copy->content.at(0).text, QStringLiteral("Post 0"));
+}
+
