@@ -11,6 +11,7 @@
 #include "core/preference_store.h"
 #include "events/app_events.h"
 #include "store/account_manager.h"
+#include "store/scheduled_post_actions.h"
 #include "store/scheduler_service.h"
 #include "text/platform_character_counter.h"
 
@@ -362,9 +363,7 @@ CommandOutcome URLSchemeHandler::retryScheduled(const CommandParams& params)
     if (post.status != PostStatus::failed)
         throw URLSchemeError::failed(QStringLiteral("Only a failed post can be retried (ID: %1, status: %2)")
                                          .arg(post.id.toString(QUuid::WithoutBraces).toUpper(), rawValue(post.status)));
-    // Queued again with its delivery record kept: accounts that have the thread are skipped
-    // and a thread cut short continues where it stopped.
-    m_scheduler.updateStatus(post.id, PostStatus::queued, std::nullopt);
+    ScheduledPostActions(m_scheduler).retry(post.id);
     announceSaved();
     return succeeded(QStringLiteral("Scheduled post queued for retry"));
 }
@@ -394,8 +393,16 @@ CommandOutcome URLSchemeHandler::openCalendar(const CommandParams& params)
             throw URLSchemeError::invalidParameter(QStringLiteral("date must be an ISO 8601 date or date and time, not '")
                                                    + trimmed + u'\'');
     }
+    const QString view = params.value(QStringLiteral("view")).trimmed().toLower();
+    static const QStringList views{QStringLiteral("month"), QStringLiteral("week"), QStringLiteral("day"), QStringLiteral("list")};
+    if (!view.isEmpty() && !views.contains(view))
+        throw URLSchemeError::invalidParameter(QStringLiteral("view must be month, week, day or list, not '") + view + u'\'');
+    const QString status = params.value(QStringLiteral("status")).trimmed().toLower();
+    if (!status.isEmpty() && status != QLatin1String("all") && !postStatusFromRawValue(status))
+        throw URLSchemeError::invalidParameter(
+            QStringLiteral("status must be draft, queued, processing, published or failed, not '") + status + u'\'');
     requireWindow(QStringLiteral("the calendar cannot be opened"));
-    Q_EMIT m_events.calendarRequested(params.value(QStringLiteral("view")), date, params.value(QStringLiteral("status")));
+    Q_EMIT m_events.calendarRequested(view, date, status);
     return succeeded(QStringLiteral("Opened calendar"));
 }
 

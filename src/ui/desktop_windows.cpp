@@ -12,6 +12,7 @@
 #include "events/app_events.h"
 #include "mcp/editor_config_installer.h"
 #include "media/worker_image_encoder.h"
+#include "ui/calendar_window.h"
 #include "ui/composer_window.h"
 #include "ui/image_redaction_window.h"
 #include "ui/onboarding_window.h"
@@ -72,7 +73,8 @@ DesktopWindows::DesktopWindows(const InstanceServices& services, std::unique_ptr
         composer().bringToFront();
     });
     connect(&events, &AppEvents::alertRequested, this, &DesktopWindows::showAlert);
-    connect(&events, &AppEvents::calendarRequested, this, [this] { notYetAvailable(tr("The post schedule")); });
+    connect(&events, &AppEvents::calendarRequested, this,
+            [this](const QString& view, const QDateTime& date, const QString& status) { calendar().open(view, date, status); });
     connectSettingsRequests(events);
     connect(&events, &AppEvents::onboardingRequested, this, &DesktopWindows::showOnboarding);
     setUpShortcuts();
@@ -142,6 +144,13 @@ ComposerWindow& DesktopWindows::composer()
     return *m_composerWindow;
 }
 
+CalendarWindow& DesktopWindows::calendar()
+{
+    if (!m_calendarWindow)
+        m_calendarWindow = std::make_unique<CalendarWindow>(m_services, m_browser);
+    return *m_calendarWindow;
+}
+
 void DesktopWindows::showComposer(const QList<Post>& drafts, const QStringList& platforms)
 {
     if (!drafts.isEmpty())
@@ -157,12 +166,6 @@ void DesktopWindows::showAlert(const QString& title, const QString& message)
     auto* box = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::Ok);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->show();
-}
-
-void DesktopWindows::notYetAvailable(const QString& what)
-{
-    showAlert(QStringLiteral("Quillo"), tr("%1 is not part of this version yet; meanwhile your editor's MCP tools "
-                                           "list and edit scheduled posts.").arg(what));
 }
 
 VideoEditorWindow* DesktopWindows::openVideoEditor(const PostMedia& media, MediaEdited onEdited)

@@ -3,6 +3,7 @@
 #include "app/window_host.h"
 #include "media/worker_image_encoder.h"
 #include "media/worker_media_prober.h"
+#include "core/xdg_url_opener.h"
 #include "model/post.h"
 #include "model/scheduled_post.h"
 #include "ui/media_file_dialogs.h"
@@ -16,6 +17,7 @@
 
 class AppEvents;
 class AutostartEntry;
+class CalendarWindow;
 class Composer;
 class MediaAttacher;
 class ComposerWindow;
@@ -41,6 +43,8 @@ public:
     // Created on first use and kept: its draft and state survive closing it.
     ComposerWindow& composer();
     Composer& composerModel() { return *m_composer; }
+    // Created on first use and kept, like the composer.
+    CalendarWindow& calendar();
     TrayController& tray() { return *m_tray; }
     // Created on first use and kept, like the composer.
     SettingsWindow& settings();
@@ -65,7 +69,6 @@ public:
 private:
     void showComposer(const QList<Post>& drafts, const QStringList& platforms);
     void showAlert(const QString& title, const QString& message);
-    void notYetAvailable(const QString& what);
     void attachToComposer(const PostMedia& media);
     void connectSettingsRequests(AppEvents& events);
     void setUpShortcuts();
@@ -88,4 +91,6 @@ private:
     std::unique_ptr<AutostartEntry> m_autostart;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
     std::unique_ptr<OnboardingWindow> m_onboarding;
+    XdgUrlOpener m_browser;
+    std::unique_ptr<CalendarWindow> m_calendarWindow;
 };

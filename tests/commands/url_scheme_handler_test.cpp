@@ -314,6 +314,9 @@ TEST_F(HandlerFixture, CalendarTakesADayAloneAndRefusesWhatIsNoDate)
     ASSERT_TRUE(send(QStringLiteral("quillo://calendar?date=2025-01-15T10:30:00Z")).ok);
     EXPECT_EQ(requests[1][1].toDateTime(), utc(QStringLiteral("2025-01-15T10:30:00Z")));
     EXPECT_FALSE(send(QStringLiteral("quillo://calendar?date=2025-13-45")).ok);
+    // A view or filter the calendar does not have is refused before any window opens.
+    EXPECT_FALSE(send(QStringLiteral("quillo://calendar?view=year")).ok);
+    EXPECT_FALSE(send(QStringLiteral("quillo://calendar?status=lost")).ok);
     EXPECT_EQ(requests.size(), 2);
 }
 

@@ -44,7 +44,7 @@ struct UiStack {
         , scheduler(preferences)
         , accounts(preferences)
         , media(exporter, images, preferences, home.path())
-        , deliveries(home.path() + QStringLiteral("/deliveries"))
+        , deliveries(paths.deliveriesDir())
         , publishing(publishers, media, deliveries)
         , attacher(paths.mediaDir(), attachedImages, prober)
     {

@@ -6,3 +6,4 @@ class ScreenshotSession;
 void addComposerShots(ScreenshotSession& session);
 void addVideoEditorShots(ScreenshotSession& session);
 void addSettingsShots(ScreenshotSession& session);
+void addCalendarShots(ScreenshotSession& session);

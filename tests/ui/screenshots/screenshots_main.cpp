@@ -54,5 +54,6 @@ int main(int argc, char** argv)
     addComposerShots(session);
     addVideoEditorShots(session);
     addSettingsShots(session);
+    addCalendarShots(session);
     return session.saved() > 0 ? 0 : 1;
 }
