@@ -30,7 +30,7 @@ QList<Sample> samples()
         {-2, QTime(8, 15), PostStatus::published, "Good morning! Coffee, then the release notes.", sky},
         {-2, QTime(17, 0), PostStatus::failed, "Livestream tonight at 8: building the calendar view", all()},
         {-1, QTime(11, 45), PostStatus::published, "The calendar is in: drag posts to move them.", masto},
-        {0, QTime(9, 0), PostStatus::published, "Today's tip: ⌘⇧P opens the composer from anywhere.", xAndSky},
+        {0, QTime(9, 0), PostStatus::published, "Today's tip: a global shortcut opens the composer from anywhere.", xAndSky},
         {0, QTime(10, 15), PostStatus::processing, "Weekly digest: what changed in Quillo this week", all()},
         {0, QTime(12, 0), PostStatus::queued, "Lunch thread: the tools I use every day", sky},
         {0, QTime(16, 30), PostStatus::failed, "Poll: which network should we support next?", xAndSky},
