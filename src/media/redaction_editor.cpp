@@ -6,7 +6,8 @@ RedactionEditor::RedactionEditor(const QList<RedactionRect>& stored, QObject* pa
     : QObject(parent)
 {
     for (const RedactionRect& rect : stored)
-        m_shapes.append({clamped(QRectF(rect.x, rect.y, rect.width, rect.height)), RedactionStyle::solid});
+        m_shapes.append({clamped(QRectF(rect.x, rect.y, rect.width, rect.height)),
+                         rect.blurred ? RedactionStyle::blur : RedactionStyle::solid});
 }
 
 QRectF RedactionEditor::clamped(const QRectF& rect)
@@ -123,6 +124,6 @@ QList<RedactionRect> RedactionEditor::redactionRects() const
 {
     QList<RedactionRect> rects;
     for (const RedactionShape& shape : m_shapes)
-        rects.append({shape.rect.x(), shape.rect.y(), shape.rect.width(), shape.rect.height()});
+        rects.append({shape.rect.x(), shape.rect.y(), shape.rect.width(), shape.rect.height(), shape.style == RedactionStyle::blur});
     return rects;
 }

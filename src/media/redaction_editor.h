@@ -50,7 +50,7 @@ public:
     bool canUndo() const { return !m_undo.isEmpty(); }
     bool undo();
 
-    // What the post stores: the rectangles' places; publishing blacks them out.
+    // What the post stores: the rectangles' places and styles; publishing applies them.
     QList<RedactionRect> redactionRects() const;
     static QRectF clamped(const QRectF& rect);
 

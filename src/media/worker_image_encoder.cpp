@@ -59,7 +59,8 @@ QStringList WorkerImageEncoder::arguments(const ImageEncodeRequest& request, con
     if (!request.redactions.isEmpty()) {
         QStringList rectangles;
         for (const RedactionRect& r : request.redactions)
-            rectangles << QStringLiteral("%1,%2,%3,%4").arg(r.x).arg(r.y).arg(r.width).arg(r.height);
+            rectangles << QStringLiteral("%1,%2,%3,%4").arg(r.x).arg(r.y).arg(r.width).arg(r.height)
+                    + (r.blurred ? QStringLiteral(",blur") : QString());
         arguments << QStringLiteral("--redact") << rectangles.join(QLatin1Char(';'));
     }
     return arguments;

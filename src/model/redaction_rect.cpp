@@ -11,6 +11,10 @@ void RedactionRect::write(JsonWriter& writer) const
     writer.number(width);
     writer.key("height");
     writer.number(height);
+    if (blurred) {
+        writer.key("blurred");
+        writer.boolean(true);
+    }
     writer.endObject();
 }
 
@@ -22,5 +26,7 @@ RedactionRect RedactionRect::decode(const JsonReader& reader)
     rect.y = reader["y"].number();
     rect.width = reader["width"].number();
     rect.height = reader["height"].number();
+    if (const auto blurred = reader.optional("blurred"))
+        rect.blurred = blurred->boolean();
     return rect;
 }

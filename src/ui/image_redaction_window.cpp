@@ -57,7 +57,7 @@ QWidget* ImageRedactionWindow::buildBar()
     m_export = new QPushButton(tr("Export…"), bar);
     m_use = new QPushButton(tr("Use in post"), bar);
     // The post keeps the rectangles' places only; publishing covers every one in black.
-    m_use->setToolTip(tr("Attach the image with these rectangles; publishing covers each in solid black."));
+    m_use->setToolTip(tr("Attach the image with these rectangles; publishing covers or blurs each as drawn."));
     layout->addWidget(new QLabel(tr("Cover with:"), bar));
     layout->addWidget(m_style);
     layout->addWidget(m_delete);

@@ -155,3 +155,26 @@ TEST_F(ImageWorker, RedactionsBlackOutTheirFractionOfTheUprightImage)
     request.redactions = {RedactionRect{0.5, 0.5, 2.0, 0.1}};
     EXPECT_EQ(failureOf(request), MediaError::Kind::workerFailed) << "a rectangle outside the image is refused";
 }
+
+// A blurred rectangle keeps the picture's colours but not its detail: a one-pixel
+// checkerboard (the finest detail there is, like small print) becomes flat grey.
+TEST_F(ImageWorker, BlurredRedactionsLeaveNoDetailAndTouchNothingElse)
+{
+    QImage checker(120, 80, QImage::Format_RGB32);
+    for (int y = 0; y < checker.height(); ++y) {
+        for (int x = 0; x < checker.width(); ++x)
+            checker.setPixel(x, y, (x + y) % 2 ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
+    }
+    const QString source = write(QStringLiteral("checker.png"), encoded(checker, "PNG"));
+    ImageEncodeRequest request{source, ImageFormat::png, std::nullopt};
+    request.redactions = {RedactionRect{0.0, 0.0, 0.5, 0.5, true}};
+    const QImage redacted = QImage::fromData(waitForTask(encoder.encode(request)), "PNG");
+    ASSERT_EQ(redacted.size(), checker.size());
+    for (int y = 0; y < 40; ++y) {
+        for (int x = 0; x < 60; ++x)
+            ASSERT_NEAR(qGray(redacted.pixel(x, y)), 128, 24) << "at " << x << "," << y;
+    }
+    EXPECT_EQ(redacted.pixel(60, 0), checker.pixel(60, 0));
+    EXPECT_EQ(redacted.pixel(61, 40), checker.pixel(61, 40));
+    EXPECT_EQ(redacted.pixel(0, 40), checker.pixel(0, 40));
+}

@@ -72,6 +72,17 @@ TEST(PostCodec, EditedVideoKeepsKeyOrder)
     EXPECT_EQ(JsonReader::read(json, DateEncoding::referenceSeconds, &PostMedia::decode), video);
 }
 
+TEST(PostCodec, BlurredRedactionsAreMarkedAndOlderOnesReadAsBlack)
+{
+    PostMedia image = plainVideo();
+    image.type = MediaType::image;
+    image.redactions = {RedactionRect{0.1, 0.2, 0.3, 0.4}, RedactionRect{0.5, 0.5, 0.25, 0.25, true}};
+    const Json json = image.toJson();
+    EXPECT_EQ(json["redactions"].dump(),
+              R"([{"x":0.1,"y":0.2,"width":0.3,"height":0.4},{"x":0.5,"y":0.5,"width":0.25,"height":0.25,"blurred":true}])");
+    EXPECT_EQ(JsonReader::read(json, DateEncoding::referenceSeconds, &PostMedia::decode), image);
+}
+
 TEST(PostCodec, UrlForms)
 {
     const auto decodeUrl = [](const char* text) {

@@ -5,8 +5,9 @@
 #include <QImage>
 #include <QImageReader>
 #include <QPainter>
-#include <QPainter>
 #include <QSaveFile>
+
+#include <algorithm>
 
 namespace {
 
@@ -101,8 +102,18 @@ std::optional<Encoded> fit(QImage image, const QByteArray& format, std::optional
     }
 }
 
-// Solid black, fully opaque: nothing of what lay under a rectangle survives in any channel.
-void redact(QImage& image, const QList<QRectF>& rectangles)
+// Coarse blocks about a twelfth of the shorter side (at least 8 pixels): letters and faces
+// are gone, the area still looks like part of the picture. The editor's preview draws the same.
+QImage blockBlurred(const QImage& region)
+{
+    const int block = std::max(8, std::min(region.width(), region.height()) / 12);
+    const QSize coarse(std::max(1, region.width() / block), std::max(1, region.height() / block));
+    return region.scaled(coarse, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+        .scaled(region.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
+}
+
+// Solid black is fully opaque: nothing of what lay under a rectangle survives in any channel.
+void redact(QImage& image, const QList<RedactionRect>& rectangles)
 {
     if (rectangles.isEmpty())
         return;
@@ -110,11 +121,15 @@ void redact(QImage& image, const QList<QRectF>& rectangles)
         image = image.convertToFormat(QImage::Format_ARGB32);
     QPainter painter(&image);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
-    for (const QRectF& fraction : rectangles) {
-        const QRectF area(fraction.x() * image.width(), fraction.y() * image.height(), fraction.width() * image.width(),
-                          fraction.height() * image.height());
+    for (const RedactionRect& fraction : rectangles) {
+        const QRectF area(fraction.x * image.width(), fraction.y * image.height(), fraction.width * image.width(),
+                          fraction.height * image.height());
         // Rounded outwards, so a rectangle never leaves a sliver of the edge it covers.
-        painter.fillRect(area.toAlignedRect(), Qt::black);
+        const QRect box = area.toAlignedRect().intersected(image.rect());
+        if (fraction.blurred && !box.isEmpty())
+            painter.drawImage(box.topLeft(), blockBlurred(image.copy(box)));
+        else
+            painter.fillRect(box, Qt::black);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/json.h"
+#include "model/redaction_rect.h"
 
 #include <QList>
 #include <QRectF>
@@ -19,8 +20,8 @@ public:
         QString output;
         QByteArray format = "png";
         std::optional<qint64> maxBytes;
-        // Blacked out before encoding, as fractions of the upright image.
-        QList<QRectF> redactions{};
+        // Blacked out (or blurred) before encoding, as fractions of the upright image.
+        QList<RedactionRect> redactions{};
     };
 
     // The answer printed for the job: the written image's figures, or

@@ -46,7 +46,8 @@ const char* const kUsageText =
     "  image IN OUT --format jpeg|png [--max-bytes N] [--redact X,Y,W,H[;X,Y,W,H...]]\n"
     "      Decode IN and write it re-encoded to OUT. With --max-bytes, lower the JPEG\n"
     "      quality, then the size, until the file fits. Cut-off files are refused.\n"
-    "      --redact blacks out rectangles given as fractions (0-1) of the upright image.\n"
+    "      --redact blacks out rectangles given as fractions (0-1) of the upright image;\n"
+    "      one ending in \",blur\" is blurred beyond reading instead.\n"
     "  export IN OUT --preset original|socialMedia|hd|fullHD|fourK [--clips 1.5-4,6-9.25]\n"
     "         [--subtitles FILE.srt] [--watermark] [--watermark-image FILE]\n"
     "      Write the kept ranges of IN back to back to OUT (.mov, .m4v, else MP4).\n"
@@ -213,12 +214,16 @@ int runFrame(const Parsed& parsed)
     return print(FrameJob::run(options));
 }
 
-// "0.1,0.2,0.3,0.1;…": fractions of the image, each rectangle inside it.
-std::optional<QList<QRectF>> parseRedactions(const QString& text)
+// "0.1,0.2,0.3,0.1;…,blur": fractions of the image, each rectangle inside it, blurred
+// instead of blacked out when it says so.
+std::optional<QList<RedactionRect>> parseRedactions(const QString& text)
 {
-    QList<QRectF> rectangles;
+    QList<RedactionRect> rectangles;
     for (const QString& part : text.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
-        const QStringList numbers = part.split(QLatin1Char(','));
+        QStringList numbers = part.split(QLatin1Char(','));
+        const bool blurred = numbers.size() == 5 && numbers.last().trimmed() == QLatin1String("blur");
+        if (blurred)
+            numbers.removeLast();
         if (numbers.size() != 4)
             return std::nullopt;
         double values[4] = {};
@@ -228,7 +233,7 @@ std::optional<QList<QRectF>> parseRedactions(const QString& text)
             if (!ok || values[i] < 0 || values[i] > 1)
                 return std::nullopt;
         }
-        rectangles.append(QRectF(values[0], values[1], values[2], values[3]));
+        rectangles.append(RedactionRect{values[0], values[1], values[2], values[3], blurred});
     }
     return rectangles;
 }
