@@ -21,6 +21,9 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <chrono>
+
 namespace {
 
 const QString kModeKey = QStringLiteral("displayMode");
@@ -49,6 +52,13 @@ CalendarWindow::CalendarWindow(const InstanceServices& services, UrlOpener& brow
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(0);
     connect(&m_refresh, &QTimer::timeout, this, &CalendarWindow::refresh);
+    m_midnight.setSingleShot(true);
+    m_midnight.setTimerType(Qt::VeryCoarseTimer);
+    connect(&m_midnight, &QTimer::timeout, this, [this] {
+        pushViewState();
+        armMidnight();
+    });
+    armMidnight();
     connect(&m_index, &PostDayIndex::changed, &m_refresh, qOverload<>(&QTimer::start));
 
     m_month = new MonthView(m_index, this);
@@ -323,6 +333,13 @@ void CalendarWindow::refreshTitle()
         m_toolbar->setTitle(locale.toString(m_selectedDate, QStringLiteral("dddd d MMMM yyyy")));
         break;
     }
+}
+
+void CalendarWindow::armMidnight()
+{
+    const QDateTime now = m_services.clock.now().toDateTime().toTimeZone(m_index.zone());
+    const QDateTime next = QDateTime(now.date().addDays(1), QTime(0, 0), m_index.zone());
+    m_midnight.start(std::chrono::milliseconds(std::max<qint64>(1000, now.msecsTo(next) + 1000)));
 }
 
 QDate CalendarWindow::today() const

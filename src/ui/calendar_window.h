@@ -69,6 +69,7 @@ private:
     void showMode();
     void pushViewState();
     void refresh();
+    void armMidnight();
     void refreshBanner();
     void refreshDetails();
     void refreshList();
@@ -97,6 +98,8 @@ private:
     QUuid m_selectedPost;
     // Changes arrive one post at a time; they are drawn together once control is back.
     QTimer m_refresh;
+    // Fires once just after midnight, so "today" moves on in a window left open.
+    QTimer m_midnight;
 
     CalendarToolbar* m_toolbar = nullptr;
     QFrame* m_banner = nullptr;

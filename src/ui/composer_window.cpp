@@ -153,6 +153,13 @@ ComposerWindow::ComposerWindow(Composer& composer, const InstanceServices& servi
     rebuildEditors();
 }
 
+// A thread that never reached every account can only be retried while this window lives.
+ComposerWindow::~ComposerWindow()
+{
+    if (m_lastRequest)
+        m_services.publishing.forgetDeliveries(*m_lastRequest->scheduledPostId);
+}
+
 void ComposerWindow::selectPlatforms(const QStringList& names)
 {
     m_destinations->selectPlatforms(names);

@@ -39,6 +39,7 @@ public:
 
     ComposerWindow(Composer& composer, const InstanceServices& services, MediaAttacher& attacher,
                    QWidget* parent = nullptr);
+    ~ComposerWindow() override;
     void setFilePicker(FilePicker picker) { m_pickFiles = std::move(picker); }
     // Asks whether a community post also goes to the followers; nothing means Cancel.
     using CommunityQuestion = std::function<std::optional<bool>(QWidget* parent, const QString& community)>;
