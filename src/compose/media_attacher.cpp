@@ -13,9 +13,9 @@ namespace {
 
 enum class Kind { image, video, other };
 
-Kind kindOf(const QString& path)
+Kind kindOf(const QString& path, QMimeDatabase::MatchMode mode = QMimeDatabase::MatchDefault)
 {
-    const QString type = QMimeDatabase().mimeTypeForFile(path).name();
+    const QString type = QMimeDatabase().mimeTypeForFile(path, mode).name();
     if (type.startsWith(QStringLiteral("image/")))
         return Kind::image;
     if (type.startsWith(QStringLiteral("video/")))
@@ -32,9 +32,11 @@ MediaAttacher::MediaAttacher(QString mediaDir, ImageEncoder& images, MediaProber
 {
 }
 
+// By name only: a drag asks on every move, and reading the files each time would stall it.
+// Attaching reads the content and refuses what is not media.
 bool MediaAttacher::isSupported(const QString& path)
 {
-    return kindOf(path) != Kind::other;
+    return kindOf(path, QMimeDatabase::MatchExtension) != Kind::other;
 }
 
 QCoro::Task<PostMedia> MediaAttacher::attachFile(QString path)

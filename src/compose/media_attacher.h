@@ -22,7 +22,7 @@ public:
     // An image taken from the clipboard, already encoded as PNG.
     PostMedia attachPng(const QByteArray& png) const;
 
-    // Whether the composer takes this file at all, by its content type.
+    // Whether the composer takes this file at all, by its name's type.
     static bool isSupported(const QString& path);
 
 private:

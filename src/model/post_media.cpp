@@ -36,12 +36,17 @@ PostMedia PostMedia::fromVideo(const QString& sourceFile, const QString& mediaDi
     media.type = MediaType::video;
     media.videoDuration = duration;
     media.originalPath = FileUrl::fromLocalFile(QFileInfo(sourceFile).absoluteFilePath());
+    return media.copiedInto(mediaDir);
+}
 
-    const QString suffix = QFileInfo(sourceFile).suffix();
-    const QString copy = QDir(mediaDir).filePath(uniqueFileName(suffix));
-    if (QDir().mkpath(mediaDir) && QFile::copy(sourceFile, copy))
-        media.originalPath = FileUrl::fromLocalFile(copy);
-    return media;
+PostMedia PostMedia::copiedInto(const QString& mediaDir) const
+{
+    const QString source = localFile();
+    const QString copy = QDir(mediaDir).filePath(uniqueFileName(QFileInfo(source).suffix()));
+    PostMedia moved = *this;
+    if (QDir().mkpath(mediaDir) && QFile::copy(source, copy))
+        moved.originalPath = FileUrl::fromLocalFile(copy);
+    return moved;
 }
 
 void PostMedia::write(JsonWriter& writer) const

@@ -49,6 +49,9 @@ struct PostMedia {
     // the attachment points at the original file instead, so it still works.
     static PostMedia fromVideo(const QString& sourceFile, const QString& mediaDir,
                                std::optional<double> duration = std::nullopt);
+    // The same attachment, its edits included, over a copy of its file in mediaDir; left
+    // pointing at the file where it is when the copy fails.
+    PostMedia copiedInto(const QString& mediaDir) const;
 
     void write(JsonWriter& writer) const;
     Json toJson(DateEncoding dates = DateEncoding::referenceSeconds) const { return toJsonValue(*this, dates); }

@@ -24,8 +24,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QMessageBox>
 #include <QProcessEnvironment>
 
@@ -231,15 +229,9 @@ void DesktopWindows::redactImageFile()
 // The picked file goes into the media folder (posts own their files); its edits come along.
 void DesktopWindows::attachToComposer(const PostMedia& edited)
 {
-    const QString source = edited.localFile();
-    const QString folder = m_services.paths.mediaDir();
-    const QString copy = QDir(folder).filePath(QUuid::createUuid().toString(QUuid::WithoutBraces) + QStringLiteral(".")
-                                               + QFileInfo(source).suffix().toLower());
-    PostMedia attached = edited;
-    if (QDir().mkpath(folder) && QFile::copy(source, copy))
-        attached.originalPath = FileUrl::fromLocalFile(copy);
-    else
-        qCWarning(lcUi).noquote() << "⚠️ Could not copy" << source << "into the media folder; the post uses it in place";
+    const PostMedia attached = edited.copiedInto(m_services.paths.mediaDir());
+    if (attached.originalPath == edited.originalPath)
+        qCWarning(lcUi).noquote() << "⚠️ Could not copy" << edited.localFile() << "into the media folder; the post uses it in place";
     m_composer->addMedia(m_composer->posts().size() - 1, {attached});
     composer().bringToFront();
 }

@@ -4,11 +4,10 @@
 #include "platforms/mastodon/mastodon_account_connector.h"
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "platforms/oauth/scheme_handler_check.h"
+#include "support/signing_in_browser.h"
 #include "support/fake_mastodon_server.h"
 #include "support/fake_url_opener.h"
 
-#include <QNetworkReply>
-#include <QRegularExpression>
 
 namespace {
 
@@ -33,19 +32,13 @@ protected:
         // The browser follows the authorize page; a redirect to quillo:// goes to Quillo
         // as a clicked link would, through the command channel's router.
         browser.handler = [this](const QUrl& page) {
-            QNetworkRequest request(page);
-            request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-            QNetworkReply* reply = browserNetwork.get(request);
-            QObject::connect(reply, &QNetworkReply::finished, [this, reply] {
-                reply->deleteLater();
-                const QByteArray location = reply->rawHeader("Location");
-                if (location.isEmpty()) {
-                    codePage = QString::fromUtf8(reply->readAll());
-                    return;
-                }
-                QCoro::connect(router.route(QString::fromUtf8(location)), &events,
-                               [this](const CommandOutcome& outcome) { callbackOutcomes.append(outcome); });
-            });
+            SigningInBrowser::load(
+                browserNetwork, page,
+                [this](const QUrl& redirect) {
+                    QCoro::connect(router.route(QString::fromUtf8(redirect.toEncoded())), &events,
+                                   [this](const CommandOutcome& outcome) { callbackOutcomes.append(outcome); });
+                },
+                [this](const QByteArray& body) { shownCode = SigningInBrowser::shownCode(body); });
             return true;
         };
     }
@@ -72,7 +65,7 @@ protected:
     FixedSchemes schemes;
     MastodonAccountConnector connector;
     QList<CommandOutcome> callbackOutcomes;
-    QString codePage;
+    QString shownCode;
 };
 
 } // namespace
@@ -102,10 +95,9 @@ TEST_F(MastodonConnectCommandTest, withoutASchemeHandlerThePastedCodeArrivesAsAC
 {
     schemes.registered = false;
     EXPECT_TRUE(send(QStringLiteral("quillo://accounts?action=add&platform=mastodon&instance=https://fake.example/")).ok);
-    for (int i = 0; i < 100 && codePage.isEmpty(); ++i)
+    for (int i = 0; i < 100 && shownCode.isEmpty(); ++i)
         QSignalSpy(&connector, &MastodonAccountConnector::connected).wait(50);
-    static const QRegularExpression code(QStringLiteral("class=\"oauth-code\" value=\"([^\"]*)\""));
-    const QString pasted = code.match(codePage).captured(1);
+    const QString pasted = shownCode;
     ASSERT_FALSE(pasted.isEmpty());
 
     QUrl callback(QStringLiteral("quillo://oauth"));

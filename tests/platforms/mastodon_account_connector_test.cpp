@@ -5,6 +5,7 @@
 #include "platforms/oauth/oauth_callback_hub.h"
 #include "platforms/oauth/scheme_handler_check.h"
 #include "store/account_manager.h"
+#include "support/signing_in_browser.h"
 #include "support/coro_wait.h"
 #include "support/fake_mastodon_server.h"
 #include "support/fake_url_opener.h"
@@ -12,8 +13,6 @@
 #include "support/temp_home.h"
 
 #include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QUrlQuery>
@@ -77,19 +76,9 @@ protected:
             QTimer::singleShot(0, [this, before, page] {
                 for (const QUrl& callback : before)
                     hub.deliver(callback);
-                QNetworkRequest request(page);
-                request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-                QNetworkReply* reply = browserNetwork.get(request);
-                QObject::connect(reply, &QNetworkReply::finished, [this, reply] {
-                    reply->deleteLater();
-                    const QByteArray location = reply->rawHeader("Location");
-                    if (!location.isEmpty()) {
-                        hub.deliver(QUrl::fromEncoded(location));
-                        return;
-                    }
-                    static const QRegularExpression code(QStringLiteral("class=\"oauth-code\" value=\"([^\"]*)\""));
-                    pasted = connector.submitCode(code.match(QString::fromUtf8(reply->readAll())).captured(1));
-                });
+                SigningInBrowser::load(
+                    browserNetwork, page, [this](const QUrl& redirect) { hub.deliver(redirect); },
+                    [this](const QByteArray& body) { pasted = connector.submitCode(SigningInBrowser::shownCode(body)); });
             });
             return true;
         };

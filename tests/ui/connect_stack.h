@@ -14,11 +14,10 @@
 #include "support/fake_mastodon_server.h"
 #include "support/fake_url_opener.h"
 #include "support/fake_xrpc_server.h"
+#include "support/signing_in_browser.h"
 #include "ui_stack.h"
 
 #include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QRegularExpression>
 #include <QTimer>
 
 struct ConnectStack {
@@ -51,20 +50,10 @@ struct ConnectStack {
 
     void followToCallback(const QUrl& page)
     {
-        QNetworkRequest request(page);
-        request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-        QNetworkReply* reply = browserNetwork.get(request);
-        QObject::connect(reply, &QNetworkReply::finished, [this, reply] {
-            reply->deleteLater();
-            const QByteArray location = reply->rawHeader("Location");
-            if (!location.isEmpty()) {
-                hub.deliver(QUrl::fromEncoded(location));
-                return;
-            }
-            // Without a quillo:// handler the instance shows the code for the person to copy.
-            static const QRegularExpression code(QStringLiteral("class=\"oauth-code\" value=\"([^\"]*)\""));
-            shownCode = code.match(QString::fromUtf8(reply->readAll())).captured(1);
-        });
+        // Without a quillo:// handler the instance shows the code for the person to copy.
+        SigningInBrowser::load(
+            browserNetwork, page, [this](const QUrl& redirect) { hub.deliver(redirect); },
+            [this](const QByteArray& body) { shownCode = SigningInBrowser::shownCode(body); });
     }
 
     FakeXrpcServer bluesky;
